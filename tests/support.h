@@ -1,0 +1,99 @@
+// Helpers shared by the tests: hex text both ways, encoding through the
+// front door, and decoding with standard error captured.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include <zol/zol.h>
+
+namespace zt {
+
+// "30 0A 04 02" -> the bytes; blanks are ignored.
+inline std::string Bytes(const char* hex) {
+    std::string out;
+    int hi = -1;
+    for (const char* p = hex; *p; ++p) {
+        int v;
+        if (*p >= '0' && *p <= '9')
+            v = *p - '0';
+        else if (*p >= 'a' && *p <= 'f')
+            v = *p - 'a' + 10;
+        else if (*p >= 'A' && *p <= 'F')
+            v = *p - 'A' + 10;
+        else
+            continue;
+        if (hi < 0) {
+            hi = v;
+        } else {
+            out.push_back(static_cast<char>(hi << 4 | v));
+            hi = -1;
+        }
+    }
+    return out;
+}
+
+// The bytes as upper-case hex octets separated by blanks.
+inline std::string Hex(const char* data, size_t len) {
+    std::string out;
+    char buf[4];
+    for (size_t i = 0; i < len; ++i) {
+        std::snprintf(buf, sizeof buf, i ? " %02X" : "%02X", static_cast<unsigned char>(data[i]));
+        out += buf;
+    }
+    return out;
+}
+inline std::string Hex(const std::string& s) { return Hex(s.data(), s.size()); }
+
+// The encoding of `v` through the four-argument front door, as hex.
+inline std::string Encoded(const AsnType& v) {
+    static char block[1 << 16];
+    size_t len = 0;
+    char* p = Zol::AsnBuffer::Encode(block, sizeof block, v, len);
+    return p ? Hex(p, len) : "<overflow>";
+}
+
+// What a decode through the front door returned and wrote to standard error.
+struct Outcome {
+    int result;
+    std::string err;
+};
+
+inline Outcome Decode(const std::string& bytes, AsnType& v) {
+    testing::internal::CaptureStderr();
+    int r = Zol::AsnBuffer::Decode(bytes.data(), bytes.size(), v);
+    std::fflush(stderr);
+    return {r, testing::internal::GetCapturedStderr()};
+}
+
+// The front door's line for a failure of `name` with `code`, as it appears
+// after the failing decoder's own line.
+inline std::string DoorLine(const char* name, int code) {
+    return std::string("Decode for ") + name + " failed with code:(" + std::to_string(code) + ")\n\n";
+}
+
+// Runs `decode` against bytes under a jump environment, capturing stderr;
+// returns the long-jump code (0 when it returned normally).
+template <class F>
+int Jump(const std::string& bytes, F decode, std::string* err = nullptr, AsnBuf* out = nullptr) {
+    static std::string keep;
+    keep = bytes;
+    AsnBuf b;
+    b.InstallData(keep.empty() ? nullptr : &keep[0], keep.size());
+    testing::internal::CaptureStderr();
+    DecodeEnv env;
+    int code = setjmp(env);
+    if (code == 0)
+        decode(b, env);
+    std::fflush(stderr);
+    std::string e = testing::internal::GetCapturedStderr();
+    if (err)
+        *err = e;
+    if (out)
+        *out = b;
+    return code;
+}
+
+}  // namespace zt

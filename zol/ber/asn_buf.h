@@ -1,0 +1,125 @@
+// The one byte buffer of the library: forward reading over received bytes,
+// backward writing into a caller's block. It never allocates, never grows
+// and never long-jumps; failures only set its sticky flags.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+// In-memory tag: the identifier octets left-justified in a 32-bit word,
+// compared as a whole. End-of-contents is 0.
+typedef uint32_t AsnTag;
+// Count of bytes, used for lengths and running counts.
+typedef uint32_t AsnLen;
+
+// The indefinite length form (a definite 0xFFFFFFFF cannot be told from it).
+const AsnLen IndefiniteLen = 0xFFFFFFFFu;
+
+// Bit 6 of the first identifier octet: the constructed form.
+const AsnTag AsnConstructedBit = 0x20000000u;
+
+class AsnBuf {
+public:
+    char* dataBegin;   // first byte of data; in write mode the byte written last
+    char* dataEnd;     // one past the last byte of data: the limit of reading
+    char* blockBegin;  // lowest byte of the block: the floor of writing
+    char* blockEnd;    // one past the highest byte of the block
+    char* readPos;     // next byte to be read
+    bool writeFailed;  // set in read mode, or after a write did not fit
+    bool readFailed;   // set in write mode, or after a read ran past the end
+
+    // Set-up.
+    void Init(char* block, size_t size) {
+        blockBegin = block;
+        blockEnd = block + size;
+        dataBegin = dataEnd = readPos = blockEnd;
+        writeFailed = readFailed = true;
+    }
+    void ResetInReadMode() {
+        readPos = dataBegin;
+        readFailed = false;
+        writeFailed = true;
+    }
+    void ResetInWriteRvsMode() {
+        dataBegin = dataEnd = blockEnd;
+        writeFailed = false;
+        readFailed = true;
+    }
+    void InstallData(char* data, size_t len) {
+        blockBegin = dataBegin = readPos = data;
+        blockEnd = dataEnd = data + len;
+        readFailed = false;
+        writeFailed = true;
+    }
+
+    // Questions.
+    char* DataPtr() const { return dataBegin; }
+    size_t DataLen() const { return size_t(dataEnd - dataBegin); }
+    char* BlkPtr() const { return blockBegin; }
+    size_t BlkLen() const { return size_t(blockEnd - blockBegin); }
+    bool Eod() const { return readPos >= dataEnd; }
+    bool ReadError() const { return readFailed; }
+    bool WriteError() const { return writeFailed; }
+
+    // Reading.
+    unsigned char GetByte() {
+        if (readPos < dataEnd)
+            return static_cast<unsigned char>(*readPos++);
+        readFailed = true;
+        return 0;
+    }
+    unsigned char PeekByte() {
+        if (readPos < dataEnd)
+            return static_cast<unsigned char>(*readPos);
+        readFailed = true;
+        return 0;
+    }
+    void Skip(size_t n) {
+        if (n <= size_t(dataEnd - readPos)) {
+            readPos += n;
+        } else {
+            readPos = dataEnd;
+            readFailed = true;
+        }
+    }
+    size_t CopyOut(char* dst, size_t n) {
+        size_t left = size_t(dataEnd - readPos);
+        if (n > left) {
+            readFailed = true;
+            n = left;
+        }
+        if (n)
+            std::memcpy(dst, readPos, n);
+        readPos += n;
+        return n;
+    }
+    // Hands out the next *n bytes in place. A shortfall lowers *n and sets
+    // no flag: the caller tests the length it got.
+    char* GetSeg(size_t* n) {
+        char* seg = readPos;
+        size_t left = size_t(dataEnd - readPos);
+        if (*n > left)
+            *n = left;
+        readPos += *n;
+        return seg;
+    }
+
+    // Writing, backwards from the top of the block.
+    void PutByteRvs(unsigned char c) {
+        if (dataBegin > blockBegin)
+            *--dataBegin = static_cast<char>(c);
+        else
+            writeFailed = true;
+    }
+    // All or nothing: a segment that does not fit is not written at all.
+    void PutSegRvs(const char* src, size_t n) {
+        if (n <= size_t(dataBegin - blockBegin)) {
+            dataBegin -= n;
+            if (n)
+                std::memcpy(dataBegin, src, n);
+        } else {
+            writeFailed = true;
+        }
+    }
+};

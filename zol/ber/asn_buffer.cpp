@@ -1,0 +1,54 @@
+#include "zol/ber/asn_buffer.h"
+
+#include <cstdio>
+
+#include "zol/meta/asn_desc.h"
+
+namespace Zol {
+
+AsnBuf AsnBuffer::asnBuf;
+char AsnBuffer::data[AsnBuffer::BUFSIZE];
+
+char* AsnBuffer::Encode(char* block, size_t size, const AsnType& value, size_t& length) {
+    AsnBuf b;
+    b.Init(block, size);
+    b.ResetInWriteRvsMode();
+    length = value.BEnc(b);
+    if (b.WriteError())
+        return nullptr;
+    if (length > b.DataLen())
+        length = b.DataLen();
+    return b.DataPtr();
+}
+
+char* AsnBuffer::Encode(const AsnType& value, size_t& length) {
+    return Encode(data, BUFSIZE, value, length);
+}
+
+// The name in the failure line is that of the outermost value. A universal
+// class has no name of its own, so its kind stands in for it ("INTEGER").
+static const char* NameForFailure(const AsnType& value) {
+    const AsnTypeDesc* desc = value._getdesc();
+    return desc->name ? desc->name : AsnTypeDesc::typenames[desc->type];
+}
+
+int AsnBuffer::Decode(const char* bytes, size_t len, AsnType& value) {
+    asnBuf.InstallData(const_cast<char*>(bytes), len);
+    DecodeEnv env;
+    int code = setjmp(env);
+    if (code == 0) {
+        AsnLen decoded = 0;
+        value.BDec(asnBuf, decoded, env);
+        return asnBuf.ReadError() ? 0 : 1;
+    }
+    std::snprintf(data, BUFSIZE, "Decode for %s failed with code:(%d)\n", NameForFailure(value), code);
+    Error(data);
+    return 0;
+}
+
+void AsnBuffer::Error(const char* text) {
+    std::fputs(text, stderr);
+    std::fputc('\n', stderr);
+}
+
+}  // namespace Zol

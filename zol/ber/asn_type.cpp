@@ -1,0 +1,63 @@
+#include "zol/ber/asn_type.h"
+
+#include <cstdio>
+#include <ostream>
+
+#include "zol/meta/asn_desc.h"
+
+unsigned short indentLevel = 0;
+const unsigned short indentStep = 4;
+
+const AsnTypeDesc AsnType::_desc(nullptr, nullptr, false, AsnTypeDesc::VOID, nullptr);
+
+AsnType::~AsnType() {}
+
+AsnType* AsnType::Clone() const { return nullptr; }
+
+void AsnType::BDec(AsnBuf&, AsnLen&, DecodeEnv env) {
+    AsnDecodeFail(env, -80,
+                  "ERROR - Attempt to decode an improperly formed ANY type (programming error).");
+}
+
+AsnLen AsnType::BEnc(AsnBuf&) const {
+    AsnWarn("ERROR - Attempt to encode an improperly formed ANY type (programming error).");
+    return 0;
+}
+
+void AsnType::Print(std::ostream& os) const {
+    os << "ERROR - Attempt to print an improperly formed ANY type (programming error)." << std::endl;
+}
+
+const AsnTypeDesc* AsnType::_getdesc() const { return &_desc; }
+
+AsnType* AsnType::_getref(const char*, bool) { return nullptr; }
+
+int AsnType::BEncPdu(AsnBuf& b, AsnLen& bytesEncoded) const {
+    bytesEncoded = BEnc(b);
+    return b.WriteError() ? 0 : 1;
+}
+
+int AsnType::BDecPdu(AsnBuf& b, AsnLen& bytesDecoded) {
+    bytesDecoded = 0;
+    DecodeEnv env;
+    if (setjmp(env) == 0) {
+        BDec(b, bytesDecoded, env);
+        return b.ReadError() ? 0 : 1;
+    }
+    return 0;
+}
+
+const char* AsnType::_typename() const { return AsnTypeDesc::typenames[_getdesc()->type]; }
+
+void Indent(std::ostream& os, unsigned short n) {
+    static const char blanks[] = "                                                                ";
+    const unsigned short chunk = sizeof blanks - 1;
+    for (; n > chunk; n -= chunk)
+        os.write(blanks, chunk);
+    os.write(blanks, n);
+}
+
+std::ostream& operator<<(std::ostream& os, const AsnType& v) {
+    v.Print(os);
+    return os;
+}

@@ -1,0 +1,185 @@
+#include "zol/universal/asn_bits.h"
+
+#include <cstring>
+#include <new>
+#include <ostream>
+
+#include "zol/universal/asn_octs.h"
+
+const AsnNamesTypeDesc AsnBits::_desc(nullptr, nullptr, false, AsnTypeDesc::BIT_STRING, nullptr, nullptr);
+
+unsigned short pendingUnusedBits = 0;
+
+AsnBits::~AsnBits() { delete[] bits; }
+
+void AsnBits::Set(size_t numBits) {
+    size_t n = (numBits + 7) / 8;
+    bits = new char[n ? n : 1]();
+    bitLen = numBits;
+}
+
+void AsnBits::Set(const char* bitOcts, size_t numBits) {
+    if (bitOcts == bits)
+        return;
+    size_t n = (numBits + 7) / 8;
+    bits = new char[n ? n : 1];
+    if (n)
+        std::memcpy(bits, bitOcts, n);
+    bitLen = numBits;
+}
+
+void AsnBits::Set(const AsnBits& b) {
+    if (&b != this)
+        Set(b.bits ? b.bits : "", b.bitLen);
+}
+
+void AsnBits::ReSet(size_t numBits) {
+    delete[] bits;
+    bits = nullptr;
+    Set(numBits);
+}
+
+// The copy is made before the old block is freed.
+void AsnBits::ReSet(const char* bitOcts, size_t numBits) {
+    if (bitOcts == bits)
+        return;
+    char* old = bits;
+    bits = nullptr;
+    Set(bitOcts, numBits);
+    delete[] old;
+}
+
+void AsnBits::ReSet(const AsnBits& b) {
+    if (&b != this)
+        ReSet(b.bits ? b.bits : "", b.bitLen);
+}
+
+// Bits of the last octet beyond bitLen do not count.
+bool AsnBits::BitsEquiv(const AsnBits& other) const {
+    if (bitLen != other.bitLen)
+        return false;
+    if (bitLen == 0)
+        return true;
+    size_t full = bitLen / 8;
+    if (std::memcmp(bits, other.bits, full) != 0)
+        return false;
+    unsigned rest = bitLen % 8;
+    if (rest == 0)
+        return true;
+    unsigned char mask = static_cast<unsigned char>(0xFF << (8 - rest));
+    return ((bits[full] ^ other.bits[full]) & mask) == 0;
+}
+
+AsnType* AsnBits::Clone() const { return new (std::nothrow) AsnBits(*this); }
+
+const AsnTypeDesc* AsnBits::_getdesc() const { return &_desc; }
+
+AsnLen AsnBits::BEncContent(AsnBuf& b) const {
+    size_t n = OctetLen();
+    b.PutSegRvs(bits, n);
+    b.PutByteRvs(static_cast<unsigned char>(bitLen % 8 ? 8 - bitLen % 8 : 0));
+    return static_cast<AsnLen>(n + 1);
+}
+
+AsnLen AsnBits::BEnc(AsnBuf& b) const {
+    AsnLen len = BEncContent(b);
+    len += BEncLen(b, len);
+    b.PutByteRvs(0x03);
+    return len + 1;
+}
+
+void AsnBits::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != 0x03000000u && tag != 0x23000000u)
+        AsnDecodeFail(env, -50, "AsnBits::BDec: ERROR tag on BIT STRING is wrong.");
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
+                          DecodeEnv env) {
+    if (tag & AsnConstructedBit) {
+        BDecConsBits(b, elmtLen, bytesDecoded, env);
+        return;
+    }
+    // A primitive element has at least its unused-bits octet, and cannot
+    // claim more unused bits than its octets hold.
+    if (elmtLen == 0)
+        AsnDecodeFail(env, -1, "BDecBitString: ERROR - no unused-bits octet");
+    bytesDecoded += elmtLen;
+    unsigned unused = b.GetByte();
+    size_t octets = elmtLen - 1;
+    size_t n = octets;
+    char* src = b.GetSeg(&n);
+    if (n < octets || b.ReadError())
+        AsnDecodeFail(env, -1, "BDecBitString: ERROR - decoded past end of data");
+    if (unused > octets * 8)
+        AsnDecodeFail(env, -1, "BDecBitString: ERROR - more unused bits than bits held");
+    bits = new char[n ? n : 1];
+    if (n)
+        std::memcpy(bits, src, n);
+    bitLen = octets * 8 - unused;
+}
+
+void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
+    stringStack.Reset();
+    pendingUnusedBits = 0;
+    FillBitStringStk(b, elmtLen, bytesDecoded, env, 0);
+    size_t total = stringStack.totalByteLen;
+    if (pendingUnusedBits > total * 8)
+        AsnDecodeFail(env, -2, "BDecConsBitString: ERROR - more unused bits than bits held");
+    bits = new char[total ? total : 1];
+    stringStack.CopyOut(bits);
+    bitLen = total * 8 - pendingUnusedBits;
+}
+
+void AsnBits::FillBitStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env,
+                               unsigned depth) {
+    AsnLen count = 0;
+    while (elmtLen == IndefiniteLen || count < elmtLen) {
+        AsnTag tag = BDecTag(b, count, env);
+        if (tag == 0 && elmtLen == IndefiniteLen) {
+            BDecEocSecondOctet(b, count);
+            break;
+        }
+        AsnLen len = BDecLen(b, count, env);
+        if (tag == 0x03000000u) {
+            if (pendingUnusedBits != 0)
+                AsnDecodeFail(env, -2,
+                              "BDecConsBitString: ERROR - a component of a constructed BIT STRING "
+                              "that is not the last has non-zero unused bits");
+            if (len != 0) {
+                pendingUnusedBits = b.GetByte();
+                for (size_t missing = len - 1; missing;) {
+                    size_t n = missing;
+                    char* piece = b.GetSeg(&n);
+                    if (n == 0)
+                        AsnDecodeFail(env, -3, "BDecConsOctetString: ERROR - expecting more data");
+                    stringStack.Push(piece, n);
+                    missing -= n;
+                }
+            }
+            count += len;
+        } else if (tag == 0x23000000u) {
+            if (depth + 1 >= AsnMaxNesting)
+                AsnDecodeFail(env, -4,
+                              "BDecConsBitString: ERROR - constructed BIT STRING nested too deep");
+            FillBitStringStk(b, len, count, env, depth + 1);
+        } else {
+            AsnDecodeFail(env, -4,
+                          "BDecConsBitString: ERROR - decoded non-BIT STRING tag inside a "
+                          "constructed BIT STRING");
+        }
+    }
+    bytesDecoded += count;
+}
+
+void AsnBits::Print(std::ostream& os) const {
+    static const char hex[] = "0123456789abcdef";
+    os << '\'';
+    for (size_t i = 0, n = OctetLen(); i < n; ++i) {
+        unsigned char c = static_cast<unsigned char>(bits[i]);
+        os << hex[c >> 4] << hex[c & 0x0F];
+    }
+    os << "'H  -- BIT STRING bitlen = " << bitLen << " --";
+}

@@ -1,0 +1,88 @@
+#include "zol/universal/asn_int.h"
+
+#include <new>
+#include <ostream>
+
+const AsnNamesTypeDesc AsnInt::_desc(nullptr, nullptr, false, AsnTypeDesc::INTEGER, nullptr, nullptr);
+const AsnEnumTypeDesc AsnEnum::_desc(nullptr, nullptr, false, AsnTypeDesc::ENUMERATED, nullptr, nullptr);
+const AsnTypeDesc AsnBool::_desc(nullptr, nullptr, false, AsnTypeDesc::BOOLEAN, nullptr);
+const AsnTypeDesc AsnNull::_desc(nullptr, nullptr, false, AsnTypeDesc::NUL_, nullptr);
+
+// INTEGER
+
+AsnType* AsnInt::Clone() const { return new (std::nothrow) AsnInt(*this); }
+
+AsnLen AsnInt::BEnc(AsnBuf& b) const { return BEncWithTag(b, 0x02); }
+
+void AsnInt::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != 0x02000000u)
+        AsnDecodeFail(env, -53, "AsnInt::BDec: ERROR tag on INTEGER is wrong.");
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+void AsnInt::Print(std::ostream& os) const { os << value; }
+
+const AsnTypeDesc* AsnInt::_getdesc() const { return &_desc; }
+
+// ENUMERATED
+
+AsnType* AsnEnum::Clone() const { return new (std::nothrow) AsnEnum(*this); }
+
+AsnLen AsnEnum::BEnc(AsnBuf& b) const { return BEncWithTag(b, 0x0A); }
+
+void AsnEnum::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != 0x0A000000u)
+        AsnDecodeFail(env, -52, "AsnEnum::BDec: ERROR tag on ENUMERATED is wrong.");
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+const AsnTypeDesc* AsnEnum::_getdesc() const { return &_desc; }
+
+// BOOLEAN
+
+AsnType* AsnBool::Clone() const { return new (std::nothrow) AsnBool(*this); }
+
+AsnLen AsnBool::BEnc(AsnBuf& b) const {
+    BEncContent(b);
+    b.PutByteRvs(0x01);
+    b.PutByteRvs(0x01);
+    return 3;
+}
+
+void AsnBool::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != 0x01000000u)
+        AsnDecodeFail(env, -51, "AsnBool::BDec: ERROR tag on BOOLEAN wrong.");
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+void AsnBool::Print(std::ostream& os) const { os << (value ? "TRUE" : "FALSE"); }
+
+const AsnTypeDesc* AsnBool::_getdesc() const { return &_desc; }
+
+// NULL
+
+AsnType* AsnNull::Clone() const { return new (std::nothrow) AsnNull(*this); }
+
+AsnLen AsnNull::BEnc(AsnBuf& b) const {
+    b.PutByteRvs(0x00);
+    b.PutByteRvs(0x05);
+    return 2;
+}
+
+void AsnNull::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != 0x05000000u)
+        AsnDecodeFail(env, -55, "AsnNull::BDec: ERROR tag on NULL is wrong.");
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+void AsnNull::Print(std::ostream& os) const { os << "NULL"; }
+
+const AsnTypeDesc* AsnNull::_getdesc() const { return &_desc; }

@@ -1,0 +1,182 @@
+#include "zol/universal/asn_octs.h"
+
+#include <cctype>
+#include <cstring>
+#include <new>
+#include <ostream>
+
+const AsnTypeDesc AsnOcts::_desc(nullptr, nullptr, false, AsnTypeDesc::OCTET_STRING, nullptr);
+
+StrStk stringStack(128, 64);
+
+// StrStk
+
+StrStk::StrStk(int numElmts, int growElmts)
+    : stk(new Elmt[numElmts]),
+      size(static_cast<uint32_t>(numElmts)),
+      growth(static_cast<uint32_t>(growElmts)),
+      nextFree(0),
+      totalByteLen(0) {}
+
+StrStk::~StrStk() { delete[] stk; }
+
+void StrStk::Grow() {
+    Elmt* bigger = new Elmt[size + growth];
+    std::memcpy(bigger, stk, size * sizeof(Elmt));
+    delete[] stk;
+    stk = bigger;
+    size += growth;
+}
+
+void StrStk::CopyOut(char* dst) const {
+    for (uint32_t i = 0; i < nextFree; ++i) {
+        std::memcpy(dst, stk[i].str, stk[i].len);
+        dst += stk[i].len;
+    }
+}
+
+// Walks the components of a constructed string under a count of its own,
+// pushing each primitive piece. Nesting is bounded before recursing.
+static void FillOctetStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env,
+                               unsigned depth) {
+    AsnLen count = 0;
+    while (elmtLen == IndefiniteLen || count < elmtLen) {
+        AsnTag tag = BDecTag(b, count, env);
+        if (tag == 0 && elmtLen == IndefiniteLen) {
+            BDecEocSecondOctet(b, count);
+            break;
+        }
+        AsnLen len = BDecLen(b, count, env);
+        if (tag == 0x04000000u) {
+            for (size_t missing = len; missing;) {
+                size_t n = missing;
+                char* piece = b.GetSeg(&n);
+                if (n == 0)
+                    AsnDecodeFail(env, -15,
+                                  "BDecConsOctetString: ERROR - attempt to decode past end of data");
+                stringStack.Push(piece, n);
+                missing -= n;
+            }
+            count += len;
+        } else if (tag == 0x24000000u) {
+            if (depth + 1 >= AsnMaxNesting)
+                AsnDecodeFail(env, -16,
+                              "BDecConsOctetString: ERROR - constructed OCTET STRING nested too deep");
+            FillOctetStringStk(b, len, count, env, depth + 1);
+        } else {
+            AsnDecodeFail(env, -16,
+                          "BDecConsOctetString: ERROR - decoded non-OCTET STRING tag inside a "
+                          "constructed OCTET STRING");
+        }
+    }
+    bytesDecoded += count;
+}
+
+// AsnOcts
+
+AsnOcts::~AsnOcts() { delete[] octs; }
+
+void AsnOcts::Set(const char* str, size_t len) {
+    octs = new char[len + 1];
+    if (len)
+        std::memcpy(octs, str, len);
+    octs[len] = '\0';
+    octetLen = len;
+}
+
+void AsnOcts::Set(const char* str) { Set(str, std::strlen(str)); }
+
+void AsnOcts::Set(const AsnOcts& o) {
+    if (&o != this)
+        Set(o.octs, o.octetLen);
+}
+
+// The new copy is made before the old block is freed, so a source that
+// lies inside the value's own block stays readable.
+void AsnOcts::ReSet(const char* str, size_t len) {
+    if (str == octs)
+        return;
+    char* old = octs;
+    Set(str, len);
+    delete[] old;
+}
+
+void AsnOcts::ReSet(const char* str) { ReSet(str, std::strlen(str)); }
+
+void AsnOcts::ReSet(const AsnOcts& o) {
+    if (&o != this)
+        ReSet(o.octs ? o.octs : "", o.octetLen);
+}
+
+bool AsnOcts::OctsEquiv(const AsnOcts& o) const {
+    return octetLen == o.octetLen && (octetLen == 0 || std::memcmp(octs, o.octs, octetLen) == 0);
+}
+
+AsnType* AsnOcts::Clone() const { return new (std::nothrow) AsnOcts(*this); }
+
+const AsnTypeDesc* AsnOcts::_getdesc() const { return &_desc; }
+
+AsnLen AsnOcts::BEncWithTag(AsnBuf& b, unsigned char tag) const {
+    AsnLen len = BEncContent(b);
+    len += BEncLen(b, len);
+    b.PutByteRvs(tag);
+    return len + 1;
+}
+
+void AsnOcts::BDecWithTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, unsigned char tag,
+                          int code, const char* wrongTagText) {
+    AsnTag primitive = AsnTag(tag) << 24;
+    AsnTag got = BDecTag(b, bytesDecoded, env);
+    if (got != primitive && got != (primitive | AsnConstructedBit))
+        AsnDecodeFail(env, code, wrongTagText);
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, got, len, bytesDecoded, env);
+}
+
+AsnLen AsnOcts::BEnc(AsnBuf& b) const { return BEncWithTag(b, 0x04); }
+
+void AsnOcts::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    BDecWithTag(b, bytesDecoded, env, 0x04, -56, "AsnOcts::BDec: ERROR tag on OCTET STRING is wrong.");
+}
+
+void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
+                          DecodeEnv env) {
+    if (tag & AsnConstructedBit) {
+        BDecConsOcts(b, elmtLen, bytesDecoded, env);
+        return;
+    }
+    // The length is checked against the data before anything is allocated.
+    size_t n = elmtLen;
+    char* src = b.GetSeg(&n);
+    if (n < elmtLen || b.ReadError())
+        AsnDecodeFail(env, -14, "BDecOctetString: ERROR - decoded past end of data");
+    octs = new char[n + 1];
+    std::memcpy(octs, src, n);
+    octs[n] = '\0';
+    octetLen = n;
+    bytesDecoded += elmtLen;
+}
+
+void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
+    stringStack.Reset();
+    FillOctetStringStk(b, elmtLen, bytesDecoded, env, 0);
+    octetLen = stringStack.totalByteLen;
+    octs = new char[octetLen + 1];
+    stringStack.CopyOut(octs);
+    octs[octetLen] = '\0';
+}
+
+void AsnOcts::Print(std::ostream& os) const {
+    static const char hex[] = "0123456789abcdef";
+    os << '\'';
+    for (size_t i = 0; i < octetLen; ++i) {
+        unsigned char c = static_cast<unsigned char>(octs[i]);
+        os << hex[c >> 4] << hex[c & 0x0F];
+    }
+    os << "'H  -- \"";
+    for (size_t i = 0; i < octetLen; ++i) {
+        unsigned char c = static_cast<unsigned char>(octs[i]);
+        os << (std::isspace(c) ? ' ' : std::isprint(c) ? static_cast<char>(c) : '.');
+    }
+    os << "\" --";
+}

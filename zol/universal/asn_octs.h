@@ -1,0 +1,112 @@
+// OCTET STRING, the base of every character string, and the stack through
+// which constructed strings are gathered with one allocation per value.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "zol/ber/asn_type.h"
+#include "zol/meta/asn_desc.h"
+
+// Pieces of a constructed string, pointing into the decode buffer. Copies
+// nothing and owns no data, only its array of entries.
+class StrStk {
+public:
+    struct Elmt {
+        char* str;
+        size_t len;
+    };
+
+    Elmt* stk;
+    uint32_t size;
+    uint32_t growth;
+    uint32_t nextFree;
+    uint32_t totalByteLen;
+
+    StrStk(int numElmts, int growElmts);
+    ~StrStk();
+    StrStk(const StrStk&) = delete;
+    StrStk& operator=(const StrStk&) = delete;
+
+    void Reset() {
+        nextFree = 0;
+        totalByteLen = 0;
+    }
+    void Push(char* str, size_t len) {
+        if (nextFree >= size)
+            Grow();
+        totalByteLen += static_cast<uint32_t>(len);
+        stk[nextFree].str = str;
+        stk[nextFree].len = len;
+        ++nextFree;
+    }
+    // Copies the pieces end to end, in pushing order.
+    void CopyOut(char* dst) const;
+
+private:
+    void Grow();
+};
+
+// Shared by every constructed-string decode; one thread at a time.
+extern StrStk stringStack;
+
+class AsnOcts : public AsnType {
+public:
+    size_t octetLen = 0;    // bytes held, the terminating NUL not counted
+    char* octs = nullptr;   // owned heap copy of octetLen bytes and a NUL
+
+    AsnOcts() {}
+    AsnOcts(const char* str) { Set(str); }
+    AsnOcts(const char* str, size_t len) { Set(str, len); }
+    AsnOcts(const AsnOcts& o) : AsnType() { Set(o); }
+    ~AsnOcts() override;
+
+    // Set fills a value that holds nothing; ReSet replaces what it holds.
+    void Set(const char* str, size_t len);
+    void Set(const char* str);
+    void Set(const AsnOcts& o);
+    void ReSet(const char* str, size_t len);
+    void ReSet(const char* str);
+    void ReSet(const AsnOcts& o);
+
+    AsnOcts& operator=(const AsnOcts& o) {
+        ReSet(o);
+        return *this;
+    }
+    AsnOcts& operator=(const char* str) {
+        ReSet(str);
+        return *this;
+    }
+    operator const char*() const { return octs; }
+    operator char*() { return octs; }
+    size_t Len() const { return octetLen; }
+    bool operator==(const AsnOcts& o) const { return OctsEquiv(o); }
+    bool operator!=(const AsnOcts& o) const { return !OctsEquiv(o); }
+
+    AsnType* Clone() const override;
+    void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
+    AsnLen BEnc(AsnBuf& b) const override;
+    void Print(std::ostream& os) const override;
+    const AsnTypeDesc* _getdesc() const override;
+
+    AsnLen BEncContent(AsnBuf& b) const {
+        b.PutSegRvs(octs, octetLen);
+        return static_cast<AsnLen>(octetLen);
+    }
+    // Primitive or constructed by the constructed bit of `tag`; the rest of
+    // the tag is not looked at, so context-tagged strings use it too.
+    void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
+
+    static const AsnTypeDesc _desc;
+
+protected:
+    // The shared body of BEnc and BDec for every string class: the class's
+    // primitive tag octet, and on decoding its own failure line and code.
+    AsnLen BEncWithTag(AsnBuf& b, unsigned char tag) const;
+    void BDecWithTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, unsigned char tag,
+                     int code, const char* wrongTagText);
+
+private:
+    bool OctsEquiv(const AsnOcts& o) const;
+    void BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
+};

@@ -1,0 +1,14 @@
+// The whole zol library: the BER codec, the universal value classes, the
+// descriptors and the protocol's generated message classes.
+#pragma once
+
+#include "zol/ber/asn_buf.h"
+#include "zol/ber/ber.h"
+#include "zol/ber/asn_type.h"
+#include "zol/ber/asn_buffer.h"
+#include "zol/meta/asn_desc.h"
+#include "zol/universal/asn_int.h"
+#include "zol/universal/asn_real.h"
+#include "zol/universal/asn_octs.h"
+#include "zol/universal/asn_strings.h"
+#include "zol/universal/asn_bits.h"
