@@ -80,7 +80,8 @@ template <class F>
 int Jump(const std::string& bytes, F decode, std::string* err = nullptr, AsnBuf* out = nullptr) {
     static std::string keep;
     keep = bytes;
-    AsnBuf b;
+    // Static, so that its positions survive the long jump unchanged.
+    static AsnBuf b;
     b.InstallData(keep.empty() ? nullptr : &keep[0], keep.size());
     testing::internal::CaptureStderr();
     DecodeEnv env;

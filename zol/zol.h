@@ -12,3 +12,7 @@
 #include "zol/universal/asn_octs.h"
 #include "zol/universal/asn_strings.h"
 #include "zol/universal/asn_bits.h"
+#include "zol/ber/pattern.h"
+
+// The generated classes of every module of the protocol.
+#include "zol/modules.h"

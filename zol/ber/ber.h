@@ -100,3 +100,36 @@ inline AsnLen BEncLen(AsnBuf& b, AsnLen len) {
     b.PutByteRvs(static_cast<unsigned char>(0x80u | n));
     return n + 1;
 }
+
+// Writes the identifier octets of `tag` backwards, last octet first, and
+// returns their number. The tag word is a constant at every call, so the
+// tests on its octets fold away.
+inline AsnLen BEncTag(AsnBuf& b, AsnTag tag) {
+    if ((tag & 0x1F000000u) != 0x1F000000u) {
+        b.PutByteRvs(static_cast<unsigned char>(tag >> 24));
+        return 1;
+    }
+    if (tag & 0x00800000u) {
+        b.PutByteRvs(static_cast<unsigned char>(tag >> 8));
+        b.PutByteRvs(static_cast<unsigned char>(tag >> 16));
+        b.PutByteRvs(static_cast<unsigned char>(tag >> 24));
+        return 3;
+    }
+    b.PutByteRvs(static_cast<unsigned char>(tag >> 16));
+    b.PutByteRvs(static_cast<unsigned char>(tag >> 24));
+    return 2;
+}
+
+// Length and identifier octets in front of `contentLen` octets of content
+// already written; returns the size of the whole element.
+inline AsnLen BEncLenTag(AsnBuf& b, AsnLen contentLen, AsnTag tag) {
+    AsnLen len = contentLen + BEncLen(b, contentLen);
+    return len + BEncTag(b, tag);
+}
+
+// The same for integers, enumerations, booleans and reals, whose content
+// is always shorter than 128 octets: the length is one raw octet.
+inline AsnLen BEncShortLenTag(AsnBuf& b, AsnLen contentLen, AsnTag tag) {
+    b.PutByteRvs(static_cast<unsigned char>(contentLen));
+    return contentLen + 1 + BEncTag(b, tag);
+}

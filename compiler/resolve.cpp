@@ -1,0 +1,401 @@
+// Builds the model of every type once: alias chains followed to their end,
+// member storage, accepted tags, the trailing optional run and the failure
+// codes, numbered per module from -100 downward in definition order.
+#include <functional>
+#include <map>
+#include <set>
+
+#include "model.h"
+
+namespace zolc {
+
+namespace {
+
+const std::set<std::string> kCppWords = {
+    "alignas", "alignof", "and", "and_eq", "asm", "auto", "bitand", "bitor", "bool", "break",
+    "case", "catch", "char", "class", "compl", "const", "constexpr", "const_cast", "continue",
+    "decltype", "default", "delete", "do", "double", "dynamic_cast", "else", "enum", "explicit",
+    "export", "extern", "false", "float", "for", "friend", "goto", "if", "inline", "int", "long",
+    "mutable", "namespace", "new", "noexcept", "not", "not_eq", "nullptr", "operator", "or",
+    "or_eq", "private", "protected", "public", "register", "reinterpret_cast", "return", "short",
+    "signed", "sizeof", "static", "static_assert", "static_cast", "struct", "switch", "template",
+    "this", "thread_local", "throw", "true", "try", "typedef", "typeid", "typename", "union",
+    "unsigned", "using", "virtual", "void", "volatile", "wchar_t", "while", "xor", "xor_eq"};
+
+// Names a class of the runtime already uses for its own members.
+const std::set<std::string> kValueMemberNames = {"value", "bitLen", "bits", "Set", "ReSet",
+                                                 "Clone", "Print", "BEnc", "BDec", "_desc",
+                                                 "_nmdescs", "_getdesc", "_getref"};
+
+void CheckCppName(const Where& where, const std::string& name, const char* what) {
+    if (kCppWords.count(name))
+        SchemaError(where, std::string(what) + " '" + name + "' is a C++ keyword");
+}
+
+uint32_t UniversalTag(Kind k) {
+    switch (k) {
+    case Kind::Int: return 0x02000000u;
+    case Kind::Enum: return 0x0A000000u;
+    case Kind::Bool: return 0x01000000u;
+    case Kind::Real: return 0x09000000u;
+    case Kind::Null: return 0x05000000u;
+    case Kind::Octs: return 0x04000000u;
+    case Kind::Bits: return 0x03000000u;
+    case Kind::Seq: return 0x30000000u;
+    case Kind::List: return 0x31000000u;
+    case Kind::Choice: return 0;
+    }
+    return 0;
+}
+
+// A context-specific tag as its identifier octets, left-justified.
+uint32_t ContextTag(const Where& where, long number, bool constructed) {
+    uint32_t first = constructed ? 0xA0u : 0x80u;
+    if (number < 0)
+        SchemaError(where, "a tag number cannot be negative");
+    if (number < 31)
+        return (first | uint32_t(number)) << 24;
+    if (number < 128)
+        return (first | 0x1Fu) << 24 | uint32_t(number) << 16;
+    if (number < 16384)
+        return (first | 0x1Fu) << 24 | (0x80u | uint32_t(number >> 7)) << 16 | uint32_t(number & 0x7F) << 8;
+    SchemaError(where, "tag number " + std::to_string(number) + " is too large for three octets");
+}
+
+bool Constructed(Kind k) { return k == Kind::Seq || k == Kind::List || k == Kind::Choice; }
+
+const char* UniversalClass(TypeExpr::Kind k, Kind* kind) {
+    *kind = Kind::Int;
+    switch (k) {
+    case TypeExpr::Integer: *kind = Kind::Int; return "AsnInt";
+    case TypeExpr::Boolean: *kind = Kind::Bool; return "AsnBool";
+    case TypeExpr::Real: *kind = Kind::Real; return "AsnReal";
+    case TypeExpr::Null: *kind = Kind::Null; return "AsnNull";
+    case TypeExpr::OctetString: *kind = Kind::Octs; return "AsnOcts";
+    case TypeExpr::BitString: *kind = Kind::Bits; return "AsnBits";
+    default: return nullptr;
+    }
+}
+
+class Resolver {
+public:
+    explicit Resolver(std::vector<Module>& modules) : modules_(modules) {}
+
+    Schema Run() {
+        IndexTypes();
+        for (Module& m : modules_)
+            for (TypeAssignment& t : m.types)
+                KindOf(m, t);
+        for (Module& m : modules_)
+            for (TypeAssignment& t : m.types)
+                BuildClass(m, t);
+        for (Module& m : modules_)
+            NumberCodes(m);
+        OrderModules();
+        return std::move(schema_);
+    }
+
+private:
+    struct Entry {
+        Module* module;
+        TypeAssignment* type;
+        ClassModel* model;
+        int state = 0;  // 0 unvisited, 1 resolving, 2 done
+    };
+
+    void IndexTypes() {
+        for (Module& m : modules_) {
+            if (byModule_.count(m.name))
+                SchemaError(m.where, "module " + m.name + " is defined twice");
+            byModule_[m.name] = &m;
+            for (TypeAssignment& t : m.types) {
+                auto found = byName_.find(t.name);
+                if (found != byName_.end())
+                    SchemaError(t.where, "type " + t.name + " is already defined at " +
+                                             found->second.type->where.file + ":" +
+                                             std::to_string(found->second.type->where.line));
+                schema_.store.emplace_back(new ClassModel());
+                ClassModel* c = schema_.store.back().get();
+                c->name = t.name;
+                c->module = m.name;
+                c->comment = t.comment;
+                c->where = t.where;
+                byName_[t.name] = {&m, &t, c};
+            }
+        }
+        for (Module& m : modules_) {
+            std::set<std::string>& visible = visible_[m.name];
+            for (TypeAssignment& t : m.types)
+                visible.insert(t.name);
+            for (Import& imp : m.imports) {
+                auto mod = byModule_.find(imp.module);
+                if (mod == byModule_.end())
+                    SchemaError(imp.where, "module " + imp.module + " is not among the modules given");
+                for (const std::string& n : imp.names) {
+                    auto e = byName_.find(n);
+                    if (e == byName_.end() || e->second.module != mod->second)
+                        SchemaError(imp.where, "module " + imp.module + " defines no type " + n);
+                    if (!visible.insert(n).second)
+                        SchemaError(imp.where, "type " + n + " is already visible in " + m.name);
+                }
+            }
+        }
+    }
+
+    Entry& Lookup(const Module& from, const std::string& name, const Where& where) {
+        if (!visible_[from.name].count(name))
+            SchemaError(where, "unknown type " + name + " (neither defined in " + from.name +
+                                   " nor imported)");
+        return byName_[name];
+    }
+
+    // The kind at the end of the alias chain; alias cycles are errors.
+    Kind KindOf(Module& m, TypeAssignment& t) {
+        Entry& e = byName_[t.name];
+        if (e.state == 2)
+            return e.model->kind;
+        if (e.state == 1)
+            SchemaError(t.where, "type " + t.name + " is defined in terms of itself");
+        e.state = 1;
+        ClassModel* c = e.model;
+        const TypeExpr& x = t.type;
+        Kind universal = Kind::Int;
+        switch (x.kind) {
+        case TypeExpr::Sequence: c->shape = ClassModel::Sequence; c->kind = Kind::Seq; break;
+        case TypeExpr::Choice: c->shape = ClassModel::Choice; c->kind = Kind::Choice; break;
+        case TypeExpr::SetOf: c->shape = ClassModel::List; c->kind = Kind::List; break;
+        case TypeExpr::Enumerated: c->shape = ClassModel::Enum; c->kind = Kind::Enum; break;
+        case TypeExpr::Ref: {
+            Entry& base = Lookup(m, x.refName, x.where);
+            c->shape = ClassModel::Alias;
+            c->kind = KindOf(*base.module, *base.type);
+            c->baseClass = base.model->name;
+            c->base = base.model;
+            break;
+        }
+        default:
+            if (x.kind == TypeExpr::BitString && !x.names.empty()) {
+                c->shape = ClassModel::NamedBits;
+                c->kind = Kind::Bits;
+            } else {
+                c->shape = ClassModel::Alias;
+                c->baseClass = UniversalClass(x.kind, &universal);
+                c->kind = universal;
+            }
+        }
+        e.state = 2;
+        return c->kind;
+    }
+
+    MemberModel Member(Module& m, const TypeExpr::Member& mm, bool inChoice) {
+        MemberModel r;
+        r.name = mm.name;
+        r.text = mm.text;
+        r.optional = mm.optional;
+        CheckCppName(mm.where, mm.name, inChoice ? "alternative name" : "member name");
+        if (mm.type.kind == TypeExpr::Ref) {
+            Entry& e = Lookup(m, mm.type.refName, mm.type.where);
+            r.className = e.model->name;
+            r.type = e.model;
+            r.kind = e.model->kind;
+            const ClassModel* end = e.model;
+            while (end->shape == ClassModel::Alias && end->base)
+                end = end->base;
+            r.emptySeq = end->IsEmptySequence();
+        } else {
+            r.className = UniversalClass(mm.type.kind, &r.kind);
+            r.type = nullptr;
+        }
+        r.pointer = r.optional || r.kind == Kind::Seq || r.kind == Kind::Choice;
+        if (r.kind == Kind::List && r.optional)
+            SchemaError(mm.where, "a list member cannot be OPTIONAL: lists are held by value");
+
+        bool isExplicit = mm.tagged && (mm.tagging == TypeExpr::Member::Explicit ||
+                                        (mm.tagging == TypeExpr::Member::Default && m.explicitTags) ||
+                                        r.kind == Kind::Choice);
+        if (!mm.tagged) {
+            r.tag = UniversalTag(r.kind);
+        } else if (isExplicit) {
+            if (r.kind == Kind::Choice && !inChoice)
+                SchemaError(mm.where, "a tagged CHOICE member of a SEQUENCE is not taken");
+            if (r.kind != Kind::Choice && inChoice)
+                SchemaError(mm.where, "an EXPLICIT alternative is not taken");
+            r.explicitPair = true;
+            r.tag = ContextTag(mm.where, mm.tagNumber, true);
+            r.innerTag = UniversalTag(r.kind);
+        } else {
+            r.tag = ContextTag(mm.where, mm.tagNumber, Constructed(r.kind));
+        }
+        r.id = mm.tagNumber;
+        r.tagOctets = HexTag(r.tag);
+        if (r.explicitPair && r.innerTag)
+            r.tagOctets += " " + HexTag(r.innerTag);
+        return r;
+    }
+
+    void BuildClass(Module& m, TypeAssignment& t) {
+        ClassModel* c = byName_[t.name].model;
+        CheckCppName(t.where, t.name, "type name");
+        switch (c->shape) {
+        case ClassModel::Sequence:
+        case ClassModel::Choice: {
+            std::set<std::string> names;
+            std::map<uint32_t, std::string> tags;
+            std::map<long, std::string> ids;
+            for (const TypeExpr::Member& mm : t.type.members) {
+                if (!names.insert(mm.name).second)
+                    SchemaError(mm.where, "'" + mm.name + "' is already a member of " + t.name);
+                MemberModel r = Member(m, mm, c->shape == ClassModel::Choice);
+                if (c->shape == ClassModel::Choice) {
+                    if (!ids.emplace(r.id, r.name).second)
+                        SchemaError(mm.where, "id " + std::to_string(r.id) + " is already that of '" +
+                                                  ids[r.id] + "'");
+                }
+                c->hasPointer = c->hasPointer || r.pointer;
+                c->members.push_back(r);
+            }
+            size_t tail = c->members.size();
+            while (tail > 0 && c->members[tail - 1].optional)
+                --tail;
+            c->tailStart = tail;
+            c->allOptional = tail == 0 && !c->members.empty();
+            break;
+        }
+        case ClassModel::List: {
+            Entry& e = Lookup(m, t.type.refName, t.type.where);
+            if (e.model->kind != Kind::Seq)
+                SchemaError(t.type.where, "the elements of a SET OF must be a SEQUENCE type");
+            c->baseClass = e.model->name;
+            c->base = e.model;
+            break;
+        }
+        case ClassModel::Enum:
+        case ClassModel::NamedBits: {
+            std::set<std::string> names;
+            for (const TypeExpr::Named& n : t.type.names) {
+                CheckCppName(n.where, n.name, "name");
+                if (kValueMemberNames.count(n.name))
+                    SchemaError(n.where, "name '" + n.name + "' clashes with a member of the value class");
+                if (!names.insert(n.name).second)
+                    SchemaError(n.where, "name '" + n.name + "' is given twice");
+                if (c->shape == ClassModel::NamedBits && n.value < 0)
+                    SchemaError(n.where, "a bit position cannot be negative");
+            }
+            c->names = t.type.names;
+            break;
+        }
+        case ClassModel::Alias:
+            break;
+        }
+    }
+
+    void NumberCodes(Module& m) {
+        int next = -100;
+        for (TypeAssignment& t : m.types) {
+            ClassModel* c = byName_[t.name].model;
+            switch (c->shape) {
+            case ClassModel::Sequence:
+                if (c->members.empty()) {
+                    c->emptyCode = next--;
+                } else {
+                    for (MemberModel& r : c->members) {
+                        if (!r.optional)
+                            r.missingCode = next--;
+                        if (r.explicitPair)
+                            r.explicitCode = next--;
+                    }
+                    c->discrepancyCode = next--;
+                }
+                c->wrongTagCode = next--;
+                break;
+            case ClassModel::Choice:
+                c->choiceCode = next--;
+                break;
+            case ClassModel::List:
+                c->wrongTagCode = next--;
+                c->listElmtCode = next--;
+                break;
+            default:
+                break;
+            }
+        }
+    }
+
+    // Modules in an order where each follows those it imports from.
+    void OrderModules() {
+        std::map<std::string, int> state;
+        std::function<void(Module&)> visit = [&](Module& m) {
+            int& s = state[m.name];
+            if (s == 2)
+                return;
+            if (s == 1)
+                SchemaError(m.where, "module " + m.name + " imports from itself through a cycle");
+            s = 1;
+            ModuleModel mm;
+            for (Import& imp : m.imports) {
+                visit(*byModule_[imp.module]);
+                mm.imports.push_back(imp.module);
+            }
+            mm.name = m.name;
+            mm.path = m.path;
+            mm.stem = m.path.substr(0, m.path.rfind('.'));
+            for (TypeAssignment& t : m.types)
+                mm.classes.push_back(byName_[t.name].model);
+            schema_.modules.push_back(mm);
+            s = 2;
+        };
+        for (Module& m : modules_)
+            visit(m);
+        for (ModuleModel& mm : schema_.modules)
+            for (std::string& imp : mm.imports)
+                for (ModuleModel& other : schema_.modules)
+                    if (other.name == imp)
+                        imp = other.stem;
+    }
+
+    std::vector<Module>& modules_;
+    Schema schema_;
+    std::map<std::string, Module*> byModule_;
+    std::map<std::string, Entry> byName_;
+    std::map<std::string, std::set<std::string>> visible_;
+};
+
+}  // namespace
+
+Schema Resolve(std::vector<Module>& modules) { return Resolver(modules).Run(); }
+
+std::string HexTag(uint32_t tag) {
+    static const char hex[] = "0123456789ABCDEF";
+    if (tag == 0)
+        return "-";
+    std::string out;
+    int octets = 1;
+    if ((tag & 0x1F000000u) == 0x1F000000u)
+        octets = (tag & 0x00800000u) ? 3 : 2;
+    for (int i = 0; i < octets; ++i) {
+        unsigned v = (tag >> (24 - 8 * i)) & 0xFF;
+        if (i)
+            out += ' ';
+        out += hex[v >> 4];
+        out += hex[v & 15];
+    }
+    return out;
+}
+
+const char* KindText(Kind k) {
+    switch (k) {
+    case Kind::Int: return "INTEGER";
+    case Kind::Enum: return "ENUMERATED";
+    case Kind::Bool: return "BOOLEAN";
+    case Kind::Real: return "REAL";
+    case Kind::Null: return "NULL";
+    case Kind::Octs: return "OCTET STRING";
+    case Kind::Bits: return "BIT STRING";
+    case Kind::Seq: return "SEQUENCE";
+    case Kind::Choice: return "CHOICE";
+    case Kind::List: return "SET OF";
+    }
+    return "";
+}
+
+}  // namespace zolc

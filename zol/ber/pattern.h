@@ -1,0 +1,130 @@
+// The steps that every generated sequence, choice and list shares. Encoding
+// and decoding stay straight-line code in the generated classes; these are
+// the small pieces they call, and the printing, copying, merging and
+// by-name access that would otherwise be written out hundreds of times.
+#pragma once
+
+#include <cstring>
+#include <new>
+#include <ostream>
+
+#include "zol/ber/asn_type.h"
+
+// Decoding texts shared by the generated classes.
+extern const char* const AsnMissingElmtText;     // a required member's tag did not match
+extern const char* const AsnLengthDiscrepancyText;
+extern const char* const AsnUnexpectedTagText;   // explicit inner tags and list elements
+extern const char* const AsnChoiceTagText;       // no alternative has the tag
+extern const char* const AsnEmptySequenceText;
+
+// Before a member of a sequence's tail: the sequence is complete when its
+// definite length is used up, or when an indefinite one ends with an
+// end-of-contents read as the next tag. Otherwise the next tag is read
+// into `tag` and false is returned.
+inline bool AsnSeqTailEnds(AsnBuf& b, AsnLen elmtLen, AsnLen& seqBytes, AsnLen& bytesDecoded,
+                           AsnTag& tag, DecodeEnv env) {
+    if (seqBytes == elmtLen) {
+        bytesDecoded += seqBytes;
+        return true;
+    }
+    tag = BDecTag(b, seqBytes, env);
+    if (elmtLen == IndefiniteLen && tag == 0) {
+        BDecEocSecondOctet(b, seqBytes);
+        bytesDecoded += seqBytes;
+        return true;
+    }
+    return false;
+}
+
+// After the last member of a sequence: the end-of-contents of an indefinite
+// length, or the test of a definite one.
+inline void AsnSeqEnd(AsnBuf& b, AsnLen elmtLen, AsnLen seqBytes, AsnLen& bytesDecoded,
+                      DecodeEnv env, int discrepancyCode) {
+    bytesDecoded += seqBytes;
+    if (elmtLen == IndefiniteLen)
+        BDecEoc(b, bytesDecoded, env);
+    else if (seqBytes != elmtLen)
+        AsnDecodeFail(env, discrepancyCode, AsnLengthDiscrepancyText);
+}
+
+// The whole content decoder of an empty sequence.
+inline void AsnEmptySeqContent(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env,
+                               int code) {
+    if (elmtLen == IndefiniteLen)
+        BDecEoc(b, bytesDecoded, env);
+    else if (elmtLen != 0)
+        AsnDecodeFail(env, code, AsnEmptySequenceText);
+}
+
+// Reads the tag and length of a whole element of a class and hands the
+// content to it; the tag must be `expected`.
+template <class T>
+inline void AsnDecWhole(T& v, AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, AsnTag expected,
+                        int code, const char* wrongTagText) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != expected)
+        AsnDecodeFail(env, code, wrongTagText);
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    v.BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+// Printing: composite values open and close a block; each member writes
+// one line, or part of one, by the layout of its row.
+void AsnPrintOpen(std::ostream& os);
+void AsnPrintClose(std::ostream& os);
+void AsnPrintEmptySeq(std::ostream& os);
+void AsnPrintSeparator(std::ostream& os);
+void AsnPrintMember(std::ostream& os, const char* name, const AsnType& v, bool last);
+void AsnPrintMember(std::ostream& os, const char* name, const AsnType* v, bool last);
+void AsnPrintChoice(std::ostream& os, const char* name, const AsnType* v);
+
+// Pointer members: assignment makes the target a deep copy or deletes it;
+// merge keeps what the source lacks, overwriting leaves and merging
+// composites; by-name access creates on demand.
+template <class T>
+inline void AsnAssign(T*& dst, const T* src) {
+    if (src) {
+        if (!dst)
+            dst = new T;
+        *dst = *src;
+    } else {
+        delete dst;
+        dst = nullptr;
+    }
+}
+
+template <class T>
+inline void AsnMergeLeaf(T*& dst, const T* src) {
+    if (src) {
+        if (!dst)
+            dst = new T;
+        *dst = *src;
+    }
+}
+
+template <class T>
+inline void AsnMerge(T*& dst, const T* src) {
+    if (src) {
+        if (!dst)
+            dst = new T;
+        *dst |= *src;
+    }
+}
+
+template <class T>
+inline AsnType* AsnRef(T*& p, bool create) {
+    if (!p && create)
+        p = new T;
+    return p;
+}
+
+template <class T>
+inline AsnType* AsnCreate() {
+    return new (std::nothrow) T;
+}
+
+inline bool AsnNameIs(const char* name, const char* member) { return std::strcmp(name, member) == 0; }
+
+// How a list reads a name given to _getref: "insert N", "N", or neither.
+enum AsnListRefKind { AsnListRefNone, AsnListRefIndex, AsnListRefInsert };
+AsnListRefKind AsnListRefName(const char* name, unsigned long* n);
