@@ -133,3 +133,15 @@ inline AsnLen BEncShortLenTag(AsnBuf& b, AsnLen contentLen, AsnTag tag) {
     b.PutByteRvs(static_cast<unsigned char>(contentLen));
     return contentLen + 1 + BEncTag(b, tag);
 }
+
+// Reads the tag and length of a whole element of a class and hands the
+// content to it; the tag must be `expected`.
+template <class T>
+inline void AsnDecWhole(T& v, AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, AsnTag expected,
+                        int code, const char* wrongTagText) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != expected)
+        AsnDecodeFail(env, code, wrongTagText);
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    v.BDecContent(b, tag, len, bytesDecoded, env);
+}

@@ -56,18 +56,6 @@ inline void AsnEmptySeqContent(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, 
         AsnDecodeFail(env, code, AsnEmptySequenceText);
 }
 
-// Reads the tag and length of a whole element of a class and hands the
-// content to it; the tag must be `expected`.
-template <class T>
-inline void AsnDecWhole(T& v, AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, AsnTag expected,
-                        int code, const char* wrongTagText) {
-    AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != expected)
-        AsnDecodeFail(env, code, wrongTagText);
-    AsnLen len = BDecLen(b, bytesDecoded, env);
-    v.BDecContent(b, tag, len, bytesDecoded, env);
-}
-
 // Printing: composite values open and close a block; each member writes
 // one line, or part of one, by the layout of its row.
 void AsnPrintOpen(std::ostream& os);

@@ -81,12 +81,7 @@ AsnLen AsnBits::BEncContent(AsnBuf& b) const {
     return static_cast<AsnLen>(n + 1);
 }
 
-AsnLen AsnBits::BEnc(AsnBuf& b) const {
-    AsnLen len = BEncContent(b);
-    len += BEncLen(b, len);
-    b.PutByteRvs(0x03);
-    return len + 1;
-}
+AsnLen AsnBits::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x03000000u); }
 
 void AsnBits::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnTag tag = BDecTag(b, bytesDecoded, env);

@@ -12,14 +12,10 @@ const AsnTypeDesc AsnNull::_desc(nullptr, nullptr, false, AsnTypeDesc::NUL_, nul
 
 AsnType* AsnInt::Clone() const { return new (std::nothrow) AsnInt(*this); }
 
-AsnLen AsnInt::BEnc(AsnBuf& b) const { return BEncWithTag(b, 0x02); }
+AsnLen AsnInt::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), 0x02000000u); }
 
 void AsnInt::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x02000000u)
-        AsnDecodeFail(env, -53, "AsnInt::BDec: ERROR tag on INTEGER is wrong.");
-    AsnLen len = BDecLen(b, bytesDecoded, env);
-    BDecContent(b, tag, len, bytesDecoded, env);
+    AsnDecWhole(*this, b, bytesDecoded, env, 0x02000000u, -53, "AsnInt::BDec: ERROR tag on INTEGER is wrong.");
 }
 
 void AsnInt::Print(std::ostream& os) const { os << value; }
@@ -30,14 +26,10 @@ const AsnTypeDesc* AsnInt::_getdesc() const { return &_desc; }
 
 AsnType* AsnEnum::Clone() const { return new (std::nothrow) AsnEnum(*this); }
 
-AsnLen AsnEnum::BEnc(AsnBuf& b) const { return BEncWithTag(b, 0x0A); }
+AsnLen AsnEnum::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), 0x0A000000u); }
 
 void AsnEnum::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x0A000000u)
-        AsnDecodeFail(env, -52, "AsnEnum::BDec: ERROR tag on ENUMERATED is wrong.");
-    AsnLen len = BDecLen(b, bytesDecoded, env);
-    BDecContent(b, tag, len, bytesDecoded, env);
+    AsnDecWhole(*this, b, bytesDecoded, env, 0x0A000000u, -52, "AsnEnum::BDec: ERROR tag on ENUMERATED is wrong.");
 }
 
 const AsnTypeDesc* AsnEnum::_getdesc() const { return &_desc; }
@@ -46,19 +38,10 @@ const AsnTypeDesc* AsnEnum::_getdesc() const { return &_desc; }
 
 AsnType* AsnBool::Clone() const { return new (std::nothrow) AsnBool(*this); }
 
-AsnLen AsnBool::BEnc(AsnBuf& b) const {
-    BEncContent(b);
-    b.PutByteRvs(0x01);
-    b.PutByteRvs(0x01);
-    return 3;
-}
+AsnLen AsnBool::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), 0x01000000u); }
 
 void AsnBool::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x01000000u)
-        AsnDecodeFail(env, -51, "AsnBool::BDec: ERROR tag on BOOLEAN wrong.");
-    AsnLen len = BDecLen(b, bytesDecoded, env);
-    BDecContent(b, tag, len, bytesDecoded, env);
+    AsnDecWhole(*this, b, bytesDecoded, env, 0x01000000u, -51, "AsnBool::BDec: ERROR tag on BOOLEAN wrong.");
 }
 
 void AsnBool::Print(std::ostream& os) const { os << (value ? "TRUE" : "FALSE"); }
@@ -69,18 +52,10 @@ const AsnTypeDesc* AsnBool::_getdesc() const { return &_desc; }
 
 AsnType* AsnNull::Clone() const { return new (std::nothrow) AsnNull(*this); }
 
-AsnLen AsnNull::BEnc(AsnBuf& b) const {
-    b.PutByteRvs(0x00);
-    b.PutByteRvs(0x05);
-    return 2;
-}
+AsnLen AsnNull::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, 0, 0x05000000u); }
 
 void AsnNull::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x05000000u)
-        AsnDecodeFail(env, -55, "AsnNull::BDec: ERROR tag on NULL is wrong.");
-    AsnLen len = BDecLen(b, bytesDecoded, env);
-    BDecContent(b, tag, len, bytesDecoded, env);
+    AsnDecWhole(*this, b, bytesDecoded, env, 0x05000000u, -55, "AsnNull::BDec: ERROR tag on NULL is wrong.");
 }
 
 void AsnNull::Print(std::ostream& os) const { os << "NULL"; }

@@ -56,15 +56,6 @@ public:
     }
 
     static const AsnNamesTypeDesc _desc;
-
-protected:
-    // Content, raw length octet and a one-octet universal tag.
-    AsnLen BEncWithTag(AsnBuf& b, unsigned char tag) const {
-        AsnLen len = BEncContent(b);
-        b.PutByteRvs(static_cast<unsigned char>(len));
-        b.PutByteRvs(tag);
-        return len + 2;
-    }
 };
 
 class AsnEnum : public AsnInt {

@@ -117,10 +117,7 @@ AsnType* AsnOcts::Clone() const { return new (std::nothrow) AsnOcts(*this); }
 const AsnTypeDesc* AsnOcts::_getdesc() const { return &_desc; }
 
 AsnLen AsnOcts::BEncWithTag(AsnBuf& b, unsigned char tag) const {
-    AsnLen len = BEncContent(b);
-    len += BEncLen(b, len);
-    b.PutByteRvs(tag);
-    return len + 1;
+    return BEncLenTag(b, BEncContent(b), AsnTag(tag) << 24);
 }
 
 void AsnOcts::BDecWithTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, unsigned char tag,

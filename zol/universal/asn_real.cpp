@@ -59,19 +59,10 @@ AsnLen AsnReal::BEncContent(AsnBuf& b) const {
     return 1 + expLen + mantLen;
 }
 
-AsnLen AsnReal::BEnc(AsnBuf& b) const {
-    AsnLen len = BEncContent(b);
-    len += BEncLen(b, len);
-    b.PutByteRvs(0x09);
-    return len + 1;
-}
+AsnLen AsnReal::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x09000000u); }
 
 void AsnReal::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x09000000u)
-        AsnDecodeFail(env, -58, "AsnReal::BDec: ERROR tag on REAL is wrong.");
-    AsnLen len = BDecLen(b, bytesDecoded, env);
-    BDecContent(b, tag, len, bytesDecoded, env);
+    AsnDecWhole(*this, b, bytesDecoded, env, 0x09000000u, -58, "AsnReal::BDec: ERROR tag on REAL is wrong.");
 }
 
 // A read past the end yields zero octets and sets the buffer's read flag,
