@@ -16,10 +16,14 @@ std::string Accepts(const MemberModel& m) {
     return "tag == " + TagConst(m.tag);
 }
 
-// `content` written, then its length and `tag` in front of it.
-std::string Wrap(Kind k, const std::string& content, uint32_t tag) {
-    return std::string(ShortContent(k) ? "BEncShortLenTag" : "BEncLenTag") + "(b, " + content + ", " +
-           TagConst(tag) + ")";
+// The member reached through `obj` ("x." or "x->") written under `tag`:
+// integers, enumerations, booleans, reals and nulls write their whole
+// element in one step; other kinds write their content, then its length
+// and the tag in front of it.
+std::string Wrap(Kind k, const std::string& obj, uint32_t tag) {
+    if (ShortContent(k))
+        return obj + "BEncTLV(b, " + TagConst(tag) + ")";
+    return "BEncLenTag(b, " + obj + "BEncContent(b), " + TagConst(tag) + ")";
 }
 
 std::string Ref(const MemberModel& m) { return Mem(m.name) + (m.pointer ? "->" : "."); }
@@ -81,14 +85,13 @@ void SeqEncode(std::ostream& out, const ClassModel& c) {
         out << "    AsnLen len = 0;\n";
         for (auto it = c.members.rbegin(); it != c.members.rend(); ++it) {
             const MemberModel& m = *it;
-            std::string content = Ref(m) + "BEncContent(b)";
             std::string stmt;
             if (m.kind == Kind::Choice)
-                stmt = "len += " + content + ";";
+                stmt = "len += " + Ref(m) + "BEncContent(b);";
             else if (m.explicitPair)
-                stmt = "len += BEncLenTag(b, " + Wrap(m.kind, content, m.innerTag) + ", " + TagConst(m.tag) + ");";
+                stmt = "len += BEncLenTag(b, " + Wrap(m.kind, Ref(m), m.innerTag) + ", " + TagConst(m.tag) + ");";
             else
-                stmt = "len += " + Wrap(m.kind, content, m.tag) + ";";
+                stmt = "len += " + Wrap(m.kind, Ref(m), m.tag) + ";";
             out << "    // " << m.text << "\n";
             if (m.optional)
                 out << "    if (" << Mem(m.name) << ")\n        " << stmt << "\n";
@@ -268,7 +271,7 @@ void ChoiceSource(std::ostream& out, const ClassModel& c) {
         if (m.emptySeq)
             out << "BEncLenTag(b, 0, " << TagConst(m.tag) << ");\n";
         else
-            out << Wrap(m.kind, Mem(m.name) + "->BEncContent(b)", m.tag) << ";\n";
+            out << Wrap(m.kind, Mem(m.name) + "->", m.tag) << ";\n";
     }
     out << "    default:\n        return 0;\n    }\n}\n\n"
         << "AsnLen " << n << "::BEnc(AsnBuf& b) const { return BEncContent(b); }\n\n";

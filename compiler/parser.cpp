@@ -81,7 +81,7 @@ public:
                 t.kind = Token::Assign;
                 t.text = "::=";
                 pos_ += 3;
-            } else if (std::string("{}[](),;").find(c) != std::string::npos) {
+            } else if (std::string("{}[](),;.").find(c) != std::string::npos) {
                 t.kind = Token::Punct;
                 t.text = std::string(1, c);
                 ++pos_;
@@ -359,6 +359,8 @@ private:
             return;
         }
         do {
+            if (IsPunct("."))
+                Error("extension markers are not taken");
             TypeExpr::Member m;
             m.where = Here();
             size_t first = pos_;
@@ -377,11 +379,9 @@ private:
                 Error("alternative '" + m.name + "' needs a tag [n] whose number is its id");
             }
             m.type = Type(false);
-            if (Accept("OPTIONAL")) {
-                if (choice)
-                    Error("an alternative of a CHOICE cannot be OPTIONAL");
-                m.optional = true;
-            }
+            if (choice && Is("OPTIONAL"))
+                Error("an alternative of a CHOICE cannot be OPTIONAL");
+            m.optional = Accept("OPTIONAL");
             if (Is("DEFAULT"))
                 Error("DEFAULT is not taken");
             for (size_t i = first; i < pos_; ++i) {

@@ -27,9 +27,28 @@ const std::set<std::string> kValueMemberNames = {"value", "bitLen", "bits", "Set
                                                  "Clone", "Print", "BEnc", "BDec", "_desc",
                                                  "_nmdescs", "_getdesc", "_getref"};
 
+// Names the runtime declares outside the namespace and the generated code
+// uses unqualified: a generated class of the same name would hide them.
+const std::set<std::string> kRuntimeNames = {
+    "AsnType", "AsnInt", "AsnEnum", "AsnBool", "AsnNull", "AsnReal", "AsnOcts", "AsnBits",
+    "AsnOid", "AsnAny", "AsnBuf", "AsnTag", "AsnLen", "DecodeEnv", "IndefiniteLen",
+    "AsnTypeDesc", "AsnNamesTypeDesc", "AsnEnumTypeDesc", "AsnNameDesc", "AsnMemberDesc",
+    "AsnChoiceMemberDesc", "AsnSe_MemberDesc", "AsnMembersTypeDesc", "AsnChoiceTypeDesc",
+    "AsnSe_TypeDesc", "AsnListTypeDesc", "AsnAliasTypeDesc", "AsnModuleDesc", "AsnModules",
+    "AsnBuffer", "Indent", "BDecTag", "BDecLen", "BDecEoc", "BDecEocSecondOctet", "BEncLen",
+    "BEncTag", "BEncLenTag", "BEncShortLenTag", "AsnDecodeFail", "AsnWarn", "AsnSeqTailEnds",
+    "AsnSeqEnd", "AsnEmptySeqContent", "AsnDecWhole", "AsnPrintOpen", "AsnPrintClose",
+    "AsnPrintEmptySeq", "AsnPrintSeparator", "AsnPrintMember", "AsnPrintChoice", "AsnAssign",
+    "AsnMergeLeaf", "AsnMerge", "AsnRef", "AsnCreate", "AsnNameIs", "AsnListRefName",
+    "AsnListRefKind", "AsnListRefNone", "AsnListRefIndex", "AsnListRefInsert",
+    "AsnMissingElmtText", "AsnLengthDiscrepancyText", "AsnUnexpectedTagText", "AsnChoiceTagText",
+    "AsnEmptySequenceText", "AsnConstructedBit"};
+
 void CheckCppName(const Where& where, const std::string& name, const char* what) {
     if (kCppWords.count(name))
         SchemaError(where, std::string(what) + " '" + name + "' is a C++ keyword");
+    if (kRuntimeNames.count(name))
+        SchemaError(where, std::string(what) + " '" + name + "' is a name of the runtime");
 }
 
 uint32_t UniversalTag(Kind k) {
@@ -247,6 +266,16 @@ private:
                     SchemaError(mm.where, "'" + mm.name + "' is already a member of " + t.name);
                 MemberModel r = Member(m, mm, c->shape == ClassModel::Choice);
                 if (c->shape == ClassModel::Choice) {
+                    // The class holds `choiceId` and names each id `<alternative>Cid`.
+                    if (mm.name == "choiceId")
+                        SchemaError(mm.where, "alternative name 'choiceId' is the member that holds the id");
+                    for (const MemberModel& other : c->members) {
+                        bool longer = mm.name == other.name + "Cid";
+                        if (longer || other.name == mm.name + "Cid")
+                            SchemaError(mm.where, "the id constant of '" + (longer ? other.name : mm.name) +
+                                                      "' would be named like the alternative '" +
+                                                      (longer ? mm.name : other.name) + "'");
+                    }
                     if (!ids.emplace(r.id, r.name).second)
                         SchemaError(mm.where, "id " + std::to_string(r.id) + " is already that of '" +
                                                   ids[r.id] + "'");
@@ -272,6 +301,7 @@ private:
         case ClassModel::Enum:
         case ClassModel::NamedBits: {
             std::set<std::string> names;
+            std::map<long, std::string> values;
             for (const TypeExpr::Named& n : t.type.names) {
                 CheckCppName(n.where, n.name, "name");
                 if (kValueMemberNames.count(n.name))
@@ -280,6 +310,9 @@ private:
                     SchemaError(n.where, "name '" + n.name + "' is given twice");
                 if (c->shape == ClassModel::NamedBits && n.value < 0)
                     SchemaError(n.where, "a bit position cannot be negative");
+                if (!values.emplace(n.value, n.name).second)
+                    SchemaError(n.where, std::string(c->shape == ClassModel::NamedBits ? "bit " : "value ") +
+                                             std::to_string(n.value) + " is already that of '" + values[n.value] + "'");
             }
             c->names = t.type.names;
             break;

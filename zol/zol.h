@@ -12,7 +12,14 @@
 #include "zol/universal/asn_octs.h"
 #include "zol/universal/asn_strings.h"
 #include "zol/universal/asn_bits.h"
+#include "zol/universal/asn_oid.h"
+#include "zol/universal/asn_any.h"
+#include "zol/universal/asn_external.h"
 #include "zol/ber/pattern.h"
 
 // The generated classes of every module of the protocol.
 #include "zol/modules.h"
+
+// Display text and conversions of the protocol's values.
+#include "zol/values/zol_convert.h"
+#include "zol/values/zol_format.h"

@@ -19,6 +19,37 @@ const AsnLen IndefiniteLen = 0xFFFFFFFFu;
 // Bit 6 of the first identifier octet: the constructed form.
 const AsnTag AsnConstructedBit = 0x20000000u;
 
+// For the encoders' per-element steps, which must compile into their
+// callers whatever the compiler's estimate of their size.
+#define ZOL_ALWAYS_INLINE inline __attribute__((always_inline))
+
+// Copies `n` bytes. Texts of the protocol are mostly shorter than 17
+// bytes; those are moved with a few loads and stores inline, which cost
+// less than the call into the C library that memcpy of an unknown length
+// becomes. Both ends of the source are loaded before anything is stored.
+ZOL_ALWAYS_INLINE void AsnCopyBytes(char* dst, const char* src, size_t n) {
+    if (n > 16) {
+        std::memcpy(dst, src, n);
+    } else if (n >= 8) {
+        uint64_t head, tail;
+        std::memcpy(&head, src, 8);
+        std::memcpy(&tail, src + n - 8, 8);
+        std::memcpy(dst, &head, 8);
+        std::memcpy(dst + n - 8, &tail, 8);
+    } else if (n >= 4) {
+        uint32_t head, tail;
+        std::memcpy(&head, src, 4);
+        std::memcpy(&tail, src + n - 4, 4);
+        std::memcpy(dst, &head, 4);
+        std::memcpy(dst + n - 4, &tail, 4);
+    } else if (n) {
+        char a = src[0], b = src[n / 2], c = src[n - 1];
+        dst[0] = a;
+        dst[n / 2] = b;
+        dst[n - 1] = c;
+    }
+}
+
 class AsnBuf {
 public:
     char* dataBegin;   // first byte of data; in write mode the byte written last
@@ -63,13 +94,13 @@ public:
     bool WriteError() const { return writeFailed; }
 
     // Reading.
-    unsigned char GetByte() {
+    ZOL_ALWAYS_INLINE unsigned char GetByte() {
         if (readPos < dataEnd)
             return static_cast<unsigned char>(*readPos++);
         readFailed = true;
         return 0;
     }
-    unsigned char PeekByte() {
+    ZOL_ALWAYS_INLINE unsigned char PeekByte() {
         if (readPos < dataEnd)
             return static_cast<unsigned char>(*readPos);
         readFailed = true;
@@ -96,7 +127,7 @@ public:
     }
     // Hands out the next *n bytes in place. A shortfall lowers *n and sets
     // no flag: the caller tests the length it got.
-    char* GetSeg(size_t* n) {
+    ZOL_ALWAYS_INLINE char* GetSeg(size_t* n) {
         char* seg = readPos;
         size_t left = size_t(dataEnd - readPos);
         if (*n > left)
@@ -106,18 +137,25 @@ public:
     }
 
     // Writing, backwards from the top of the block.
-    void PutByteRvs(unsigned char c) {
+    //
+    // Whether `n` more bytes fit below the data. The encoders test this
+    // once per element and then store through a local pointer: a store
+    // through char* may alias the buffer's own fields, so byte-by-byte
+    // PutByteRvs reloads them after every byte. Where the test fails they
+    // fall back to PutByteRvs, whose partial writes and flag they keep.
+    ZOL_ALWAYS_INLINE bool HasRoom(size_t n) const { return n <= size_t(dataBegin - blockBegin); }
+
+    ZOL_ALWAYS_INLINE void PutByteRvs(unsigned char c) {
         if (dataBegin > blockBegin)
             *--dataBegin = static_cast<char>(c);
         else
             writeFailed = true;
     }
     // All or nothing: a segment that does not fit is not written at all.
-    void PutSegRvs(const char* src, size_t n) {
+    ZOL_ALWAYS_INLINE void PutSegRvs(const char* src, size_t n) {
         if (n <= size_t(dataBegin - blockBegin)) {
             dataBegin -= n;
-            if (n)
-                std::memcpy(dataBegin, src, n);
+            AsnCopyBytes(dataBegin, src, n);
         } else {
             writeFailed = true;
         }

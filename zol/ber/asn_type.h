@@ -2,7 +2,10 @@
 // insertion that composite printers chain.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <iosfwd>
+#include <new>
 
 #include "zol/ber/ber.h"
 
@@ -25,6 +28,22 @@ public:
     int BDecPdu(AsnBuf& b, AsnLen& bytesDecoded);
 
     static const AsnTypeDesc _desc;
+
+    // Every value of the library is allocated through these. Blocks of up
+    // to 256 bytes come from free lists of this thread, which keep what
+    // values of their size gave back (a decoded message is freed and the
+    // next one takes the same blocks) and are emptied when the thread
+    // ends; larger ones, and all of them in sanitizer builds, come from
+    // malloc. Ownership is unchanged: a value is deleted through its
+    // virtual destructor, which passes its size back.
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void* operator new(std::size_t, void* where) noexcept { return where; }
+    static void operator delete(void* p, std::size_t size) noexcept;
+    static void operator delete(void* p, const std::nothrow_t&) noexcept;
+    static void operator delete(void*, void*) noexcept {}
+    // The number of values this thread has allocated so far.
+    static uint64_t Allocations();
 
 private:
     const char* _typename() const;

@@ -29,7 +29,7 @@ void AsnWarn(const char* text);
 // Reads one tag of at most three octets; a third octet with its top bit set
 // announces a longer tag, which no message of the protocol has and which is
 // refused.
-inline AsnTag BDecTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+ZOL_ALWAYS_INLINE AsnTag BDecTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnTag tag = AsnTag(b.GetByte()) << 24;
     ++bytesDecoded;
     if ((tag & 0x1F000000u) == 0x1F000000u) {
@@ -51,7 +51,7 @@ inline AsnTag BDecTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 
 // Reads one length: the definite value, or IndefiniteLen. Long forms with
 // leading zeros are taken; a count of five or more octets is refused.
-inline AsnLen BDecLen(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+ZOL_ALWAYS_INLINE AsnLen BDecLen(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnLen c = b.GetByte();
     if (b.ReadError())
         AsnDecodeFail(env, -9, "BDecLen: decoded past end of data");
@@ -87,51 +87,112 @@ inline void BDecEocSecondOctet(AsnBuf& b, AsnLen& bytesDecoded) {
     ++bytesDecoded;
 }
 
+// The number of identifier octets of `tag`: 1, 2 or 3. Tags are constants
+// at every call, so this folds away.
+ZOL_ALWAYS_INLINE AsnLen BTagLen(AsnTag tag) {
+    if ((tag & 0x1F000000u) != 0x1F000000u)
+        return 1;
+    return (tag & 0x00800000u) ? 3 : 2;
+}
+
+// Stores the identifier octets of `tag` below `p`, last octet first, and
+// returns the new low end. The caller has made sure that they fit.
+ZOL_ALWAYS_INLINE char* BPutTagUnchecked(char* p, AsnTag tag) {
+    AsnLen n = BTagLen(tag);
+    if (n == 3)
+        *--p = static_cast<char>(tag >> 8);
+    if (n >= 2)
+        *--p = static_cast<char>(tag >> 16);
+    *--p = static_cast<char>(tag >> 24);
+    return p;
+}
+
+// Stores `len` as a definite length in its shortest form below `p`, low
+// octet first; returns the new low end. The caller has made room for five.
+ZOL_ALWAYS_INLINE char* BPutLenUnchecked(char* p, AsnLen len) {
+    if (len < 0x80u) {
+        *--p = static_cast<char>(len);
+        return p;
+    }
+    char* top = p;
+    for (AsnLen v = len; v; v >>= 8)
+        *--p = static_cast<char>(v);
+    --p;
+    *p = static_cast<char>(0x80u | AsnLen(top - p - 1));
+    return p;
+}
+
+// Stores the low two or four octets of `v`, high octet first, ending at
+// `p`. The callers store more octets than the content has only where their
+// own length and identifier octets then overwrite the extra ones.
+ZOL_ALWAYS_INLINE void BPut16Unchecked(char* p, uint32_t v) {
+    p[-2] = static_cast<char>(v >> 8);
+    p[-1] = static_cast<char>(v);
+}
+ZOL_ALWAYS_INLINE void BPut32Unchecked(char* p, uint32_t v) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    v = __builtin_bswap32(v);
+#endif
+    std::memcpy(p - 4, &v, 4);
+}
+ZOL_ALWAYS_INLINE void BPut64Unchecked(char* p, uint64_t v) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    v = __builtin_bswap64(v);
+#endif
+    std::memcpy(p - 8, &v, 8);
+}
+
+// The byte-by-byte forms, for a block too full for the stores above: they
+// write what fits and set the write flag, as PutByteRvs does.
+AsnLen BEncLenSlow(AsnBuf& b, AsnLen len);
+AsnLen BEncTagSlow(AsnBuf& b, AsnTag tag);
+
 // Writes `len` backwards as a definite length in its shortest form and
 // returns the number of octets written (1 to 5).
-inline AsnLen BEncLen(AsnBuf& b, AsnLen len) {
-    if (len < 0x80u) {
-        b.PutByteRvs(static_cast<unsigned char>(len));
-        return 1;
+ZOL_ALWAYS_INLINE AsnLen BEncLen(AsnBuf& b, AsnLen len) {
+    if (__builtin_expect(b.HasRoom(5), 1)) {
+        char* p = BPutLenUnchecked(b.dataBegin, len);
+        AsnLen n = AsnLen(b.dataBegin - p);
+        b.dataBegin = p;
+        return n;
     }
-    AsnLen n = 0;
-    for (AsnLen v = len; v; v >>= 8, ++n)
-        b.PutByteRvs(static_cast<unsigned char>(v));
-    b.PutByteRvs(static_cast<unsigned char>(0x80u | n));
-    return n + 1;
+    return BEncLenSlow(b, len);
 }
 
 // Writes the identifier octets of `tag` backwards, last octet first, and
-// returns their number. The tag word is a constant at every call, so the
-// tests on its octets fold away.
-inline AsnLen BEncTag(AsnBuf& b, AsnTag tag) {
-    if ((tag & 0x1F000000u) != 0x1F000000u) {
-        b.PutByteRvs(static_cast<unsigned char>(tag >> 24));
-        return 1;
+// returns their number.
+ZOL_ALWAYS_INLINE AsnLen BEncTag(AsnBuf& b, AsnTag tag) {
+    if (__builtin_expect(b.HasRoom(3), 1)) {
+        b.dataBegin = BPutTagUnchecked(b.dataBegin, tag);
+        return BTagLen(tag);
     }
-    if (tag & 0x00800000u) {
-        b.PutByteRvs(static_cast<unsigned char>(tag >> 8));
-        b.PutByteRvs(static_cast<unsigned char>(tag >> 16));
-        b.PutByteRvs(static_cast<unsigned char>(tag >> 24));
-        return 3;
-    }
-    b.PutByteRvs(static_cast<unsigned char>(tag >> 16));
-    b.PutByteRvs(static_cast<unsigned char>(tag >> 24));
-    return 2;
+    return BEncTagSlow(b, tag);
 }
 
 // Length and identifier octets in front of `contentLen` octets of content
 // already written; returns the size of the whole element.
-inline AsnLen BEncLenTag(AsnBuf& b, AsnLen contentLen, AsnTag tag) {
-    AsnLen len = contentLen + BEncLen(b, contentLen);
-    return len + BEncTag(b, tag);
+ZOL_ALWAYS_INLINE AsnLen BEncLenTag(AsnBuf& b, AsnLen contentLen, AsnTag tag) {
+    if (__builtin_expect(b.HasRoom(8), 1)) {
+        char* top = b.dataBegin;
+        char* p = BPutTagUnchecked(BPutLenUnchecked(top, contentLen), tag);
+        b.dataBegin = p;
+        return contentLen + AsnLen(top - p);
+    }
+    AsnLen len = contentLen + BEncLenSlow(b, contentLen);
+    return len + BEncTagSlow(b, tag);
 }
 
 // The same for integers, enumerations, booleans and reals, whose content
 // is always shorter than 128 octets: the length is one raw octet.
-inline AsnLen BEncShortLenTag(AsnBuf& b, AsnLen contentLen, AsnTag tag) {
+ZOL_ALWAYS_INLINE AsnLen BEncShortLenTag(AsnBuf& b, AsnLen contentLen, AsnTag tag) {
+    if (__builtin_expect(b.HasRoom(4), 1)) {
+        char* p = b.dataBegin;
+        *--p = static_cast<char>(contentLen);
+        b.dataBegin = BPutTagUnchecked(p, tag);
+        return contentLen + 1 + BTagLen(tag);
+    }
     b.PutByteRvs(static_cast<unsigned char>(contentLen));
-    return contentLen + 1 + BEncTag(b, tag);
+    return contentLen + 1 + BEncTagSlow(b, tag);
 }
 
 // Reads the tag and length of a whole element of a class and hands the

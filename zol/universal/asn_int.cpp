@@ -12,6 +12,13 @@ const AsnTypeDesc AsnNull::_desc(nullptr, nullptr, false, AsnTypeDesc::NUL_, nul
 
 AsnType* AsnInt::Clone() const { return new (std::nothrow) AsnInt(*this); }
 
+AsnLen AsnInt::BEncContentSlow(AsnBuf& b, AsnLen len) const {
+    uint32_t v = static_cast<uint32_t>(value);
+    for (AsnLen i = 0; i < len; ++i, v >>= 8)
+        b.PutByteRvs(static_cast<unsigned char>(v));
+    return len;
+}
+
 AsnLen AsnInt::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), 0x02000000u); }
 
 void AsnInt::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {

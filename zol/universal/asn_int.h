@@ -29,18 +29,49 @@ public:
     void Print(std::ostream& os) const override;
     const AsnTypeDesc* _getdesc() const override;
 
+    // The number of octets of `v` in two's complement, fewest first: the
+    // bits of its magnitude form plus a sign bit, rounded up to octets.
+    static AsnLen ContentLen(int32_t v) {
+        uint32_t u = static_cast<uint32_t>(v < 0 ? ~v : v);
+        return AsnLen(40 - __builtin_clz(u | 1u)) >> 3;
+    }
     // Two's complement in the fewest octets, 1 to 4.
-    AsnLen BEncContent(AsnBuf& b) const {
+    ZOL_ALWAYS_INLINE AsnLen BEncContent(AsnBuf& b) const {
+        AsnLen len = ContentLen(value);
+        if (__builtin_expect(!b.HasRoom(4), 0))
+            return BEncContentSlow(b, len);
         uint32_t v = static_cast<uint32_t>(value);
-        AsnLen len = 4;
-        uint32_t mask = 0x7F800000u;
-        for (; len > 1; --len, mask >>= 8) {
-            if (value >= 0 ? (v & mask) != 0 : (v & mask) != mask)
-                break;
+        char* p = b.dataBegin;
+        p[-1] = static_cast<char>(v);
+        if (len > 1) {
+            p[-2] = static_cast<char>(v >> 8);
+            if (len > 2) {
+                p[-3] = static_cast<char>(v >> 16);
+                if (len > 3)
+                    p[-4] = static_cast<char>(v >> 24);
+            }
         }
-        for (AsnLen i = 0; i < len; ++i, v >>= 8)
-            b.PutByteRvs(static_cast<unsigned char>(v));
+        b.dataBegin = p - len;
         return len;
+    }
+    // The whole element: the identifier octets of `tag`, the one-octet
+    // length and the content, after one test of the room. The content is
+    // stored as two or four octets, and the length and tag overwrite what
+    // lies below the content. Generated code writes its members so.
+    ZOL_ALWAYS_INLINE AsnLen BEncTLV(AsnBuf& b, AsnTag tag) const {
+        if (__builtin_expect(!b.HasRoom(8), 0))
+            return BEncShortLenTag(b, BEncContent(b), tag);
+        AsnLen len = ContentLen(value);
+        uint32_t v = static_cast<uint32_t>(value);
+        char* p = b.dataBegin;
+        if (len <= 2)
+            BPut16Unchecked(p, v);
+        else
+            BPut32Unchecked(p, v);
+        p -= len;
+        *--p = static_cast<char>(len);
+        b.dataBegin = BPutTagUnchecked(p, tag);
+        return len + 1 + BTagLen(tag);
     }
     // Takes non-minimal forms; a content of 0 octets still reads one.
     void BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
@@ -56,6 +87,10 @@ public:
     }
 
     static const AsnNamesTypeDesc _desc;
+
+private:
+    // Byte by byte, for a block with less than four bytes of room.
+    AsnLen BEncContentSlow(AsnBuf& b, AsnLen len) const;
 };
 
 class AsnEnum : public AsnInt {
@@ -98,6 +133,16 @@ public:
         b.PutByteRvs(value ? 0xFF : 0x00);
         return 1;
     }
+    // The whole element under `tag`, as AsnInt::BEncTLV.
+    ZOL_ALWAYS_INLINE AsnLen BEncTLV(AsnBuf& b, AsnTag tag) const {
+        if (__builtin_expect(!b.HasRoom(5), 0))
+            return BEncShortLenTag(b, BEncContent(b), tag);
+        char* p = b.dataBegin;
+        p[-1] = static_cast<char>(value ? 0xFF : 0x00);
+        p[-2] = 1;
+        b.dataBegin = BPutTagUnchecked(p - 2, tag);
+        return 2 + BTagLen(tag);
+    }
     void BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
         if (elmtLen != 1)
             AsnDecodeFail(env, -5, "AsnBool::BDecContent: ERROR - boolean value too long.");
@@ -124,6 +169,7 @@ public:
     const AsnTypeDesc* _getdesc() const override;
 
     AsnLen BEncContent(AsnBuf&) const { return 0; }
+    AsnLen BEncTLV(AsnBuf& b, AsnTag tag) const { return BEncShortLenTag(b, 0, tag); }
     void BDecContent(AsnBuf&, AsnTag, AsnLen elmtLen, AsnLen&, DecodeEnv env) {
         if (elmtLen != 0)
             AsnDecodeFail(env, -13, "AsnNull::BDecContent: ERROR - NULL values len is non-zero");

@@ -20,12 +20,17 @@ StrStk::StrStk(int numElmts, int growElmts)
 
 StrStk::~StrStk() { delete[] stk; }
 
+// Grows by `growth` entries until the array holds sixteen steps, then by
+// its whole size: a fixed step copies the array once per step, and a
+// hostile string of a million one-byte pieces would take time quadratic in
+// their number.
 void StrStk::Grow() {
-    Elmt* bigger = new Elmt[size + growth];
+    uint32_t more = size > 16 * growth ? size : growth;
+    Elmt* bigger = new Elmt[size + more];
     std::memcpy(bigger, stk, size * sizeof(Elmt));
     delete[] stk;
     stk = bigger;
-    size += growth;
+    size += more;
 }
 
 void StrStk::CopyOut(char* dst) const {
@@ -78,8 +83,7 @@ AsnOcts::~AsnOcts() { delete[] octs; }
 
 void AsnOcts::Set(const char* str, size_t len) {
     octs = new char[len + 1];
-    if (len)
-        std::memcpy(octs, str, len);
+    AsnCopyBytes(octs, str, len);
     octs[len] = '\0';
     octetLen = len;
 }
@@ -148,7 +152,7 @@ void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
     if (n < elmtLen || b.ReadError())
         AsnDecodeFail(env, -14, "BDecOctetString: ERROR - decoded past end of data");
     octs = new char[n + 1];
-    std::memcpy(octs, src, n);
+    AsnCopyBytes(octs, src, n);
     octs[n] = '\0';
     octetLen = n;
     bytesDecoded += elmtLen;

@@ -89,7 +89,7 @@ public:
     void Print(std::ostream& os) const override;
     const AsnTypeDesc* _getdesc() const override;
 
-    AsnLen BEncContent(AsnBuf& b) const {
+    ZOL_ALWAYS_INLINE AsnLen BEncContent(AsnBuf& b) const {
         b.PutSegRvs(octs, octetLen);
         return static_cast<AsnLen>(octetLen);
     }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <ostream>
@@ -17,7 +18,7 @@ const AsnTypeDesc* AsnReal::_getdesc() const { return &_desc; }
 
 void AsnReal::Print(std::ostream& os) const { os << value; }
 
-AsnLen AsnReal::BEncContent(AsnBuf& b) const {
+AsnLen AsnReal::BEncContentSlow(AsnBuf& b) const {
     // Zero (either sign) and NaN have empty content.
     if (value == 0.0 || std::isnan(value))
         return 0;
@@ -26,37 +27,54 @@ AsnLen AsnReal::BEncContent(AsnBuf& b) const {
         return 1;
     }
 
+    // The value as m * 2^e with m in [0.5, 1), as frexp gives it, taken
+    // from the bits: m is the significand left-aligned in 64 bits.
+    uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    uint64_t frac = bits & 0x000FFFFFFFFFFFFFull;
+    int biased = int((bits >> 52) & 0x7FF);
+    uint64_t m;
     int e;
-    double m = std::frexp(value, &e);
-    unsigned char first = m < 0 ? 0xC0 : 0x80;
-    m = std::fabs(m);
+    if (biased) {
+        m = (frac | 0x0010000000000000ull) << 11;
+        e = biased - 1022;
+    } else {  // subnormal: the first set bit goes to the top
+        int lz = __builtin_clzll(frac);
+        m = frac << lz;
+        e = -1010 - lz;
+    }
+    unsigned char first = (bits >> 63) ? 0xC0 : 0x80;
 
     // Eight mantissa octets at most; trailing zero octets are dropped.
-    unsigned char mant[8];
-    AsnLen mantLen = 0;
-    for (int i = 0; i < 8; ++i) {
-        m *= 256.0;
-        unsigned d = static_cast<unsigned>(m);
-        mant[i] = static_cast<unsigned char>(d);
-        m -= d;
-        if (d)
-            mantLen = AsnLen(i + 1);
-    }
+    AsnLen mantLen = 8 - AsnLen(__builtin_ctzll(m) >> 3);
 
     // The mantissa octets read as one integer times 2 to this power.
     int32_t exp = e - 8 * int32_t(mantLen);
-    uint32_t bits = static_cast<uint32_t>(exp < 0 ? ~exp : exp);
-    AsnLen expLen = 4;
-    for (uint32_t mask = 0x7F800000u; expLen > 1 && !(bits & mask); --expLen, mask >>= 8) {
-    }
+    AsnLen expLen = AsnInt::ContentLen(exp);
     first |= static_cast<unsigned char>(expLen - 1);
+    uint64_t mant = m >> (64 - 8 * mantLen);
 
-    b.PutSegRvs(reinterpret_cast<const char*>(mant), mantLen);
+    AsnLen len = 1 + expLen + mantLen;
     uint32_t ev = static_cast<uint32_t>(exp);
+    if (__builtin_expect(b.HasRoom(len), 1)) {
+        char* p = b.dataBegin;
+        for (AsnLen i = 0; i < mantLen; ++i, mant >>= 8)
+            *--p = static_cast<char>(mant);
+        for (AsnLen i = 0; i < expLen; ++i, ev >>= 8)
+            *--p = static_cast<char>(ev);
+        *--p = static_cast<char>(first);
+        b.dataBegin = p;
+        return len;
+    }
+    // Nearly full: the mantissa goes as one segment or not at all.
+    char octs[8];
+    for (AsnLen i = mantLen; i > 0; --i, mant >>= 8)
+        octs[i - 1] = static_cast<char>(mant);
+    b.PutSegRvs(octs, mantLen);
     for (AsnLen i = 0; i < expLen; ++i, ev >>= 8)
         b.PutByteRvs(static_cast<unsigned char>(ev));
     b.PutByteRvs(first);
-    return 1 + expLen + mantLen;
+    return len;
 }
 
 AsnLen AsnReal::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x09000000u); }
@@ -67,7 +85,7 @@ void AsnReal::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 
 // A read past the end yields zero octets and sets the buffer's read flag,
 // which the next tag or length read, or the outermost frame, reports.
-void AsnReal::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
+void AsnReal::BDecContentSlow(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
     if (elmtLen == 0) {
         value = 0.0;
         return;

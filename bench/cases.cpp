@@ -1,0 +1,523 @@
+#include "cases.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+
+#include "ber_decoder.h"
+#include "der_encoder.h"
+
+// asn1c's descriptors of the same types. Its headers are not included:
+// they declare C structures under the names of zol's classes.
+extern "C" {
+extern asn_TYPE_descriptor_t asn_DEF_ZolTransReq;
+extern asn_TYPE_descriptor_t asn_DEF_ZolTransRep;
+extern asn_TYPE_descriptor_t asn_DEF_ZolQueryRep;
+extern asn_TYPE_descriptor_t asn_DEF_ZolSecBoardRep;
+extern asn_TYPE_descriptor_t asn_DEF_ZolOrderbookByPriceRep;
+}
+
+namespace zb {
+
+using namespace Zol;
+
+namespace {
+
+[[noreturn]] void Die(const std::string& what) {
+    std::fprintf(stderr, "zol_bench: %s\n", what.c_str());
+    std::exit(2);
+}
+
+std::string Encoded(const AsnType& v) {
+    static std::vector<char> block(1 << 20);
+    size_t len = 0;
+    char* p = AsnBuffer::Encode(block.data(), block.size(), v, len);
+    if (!p)
+        Die("a value does not encode");
+    return std::string(p, len);
+}
+
+std::string Printed(const AsnType& v) {
+    std::ostringstream os;
+    os << v;
+    return os.str();
+}
+
+const AsnTypeDesc* Resolved(const AsnTypeDesc* d) {
+    while (d->type == AsnTypeDesc::ALIAS)
+        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
+    return d;
+}
+
+bool IsComposite(const AsnTypeDesc* d) {
+    AsnTypeDesc::Type t = Resolved(d)->type;
+    return t == AsnTypeDesc::SEQUENCE || t == AsnTypeDesc::CHOICE;
+}
+
+// Whether any name along the alias chain of `d` contains `word`.
+bool NamedLike(const AsnTypeDesc* d, const char* word) {
+    for (; d; d = d->type == AsnTypeDesc::ALIAS ? static_cast<const AsnAliasTypeDesc*>(d)->base : nullptr)
+        if (d->name && std::strstr(d->name, word))
+            return true;
+    return false;
+}
+
+// --- the values -------------------------------------------------------------
+
+template <class P>
+void SetFixed(P*& p, double value, int decimals) {
+    p = new P;
+    p->value = value;
+    p->decimals = new AsnInt(decimals);
+}
+
+template <class T>
+T* Alt(AsnType* choice, const char* name) {
+    AsnType* v = choice->_getref(name, true);
+    if (!v)
+        Die(std::string("no alternative ") + name);
+    return static_cast<T*>(v);
+}
+
+// A limit order to buy 5000 at 101.37, as a client sends it.
+std::unique_ptr<ZolTransReq> NewOrder() {
+    auto req = std::make_unique<ZolTransReq>();
+    req->userId = "TRADER01";
+    req->upTransMsg = new ZolTransReqChoice;
+    ZolOrder* order = Alt<ZolOrder>(req->upTransMsg, "order");
+    ZolOrderEntry* e = order->order = new ZolOrderEntry;
+    e->secBoardId = new ZolSecOptBoardId;
+    e->secBoardId->secCode = "VOD.L";
+    e->secBoardId->boardId = new ZolBoardId("NORM");
+    e->type = ZolOrderType::limit;
+    e->buySell = ZolOrderVerb::buy;
+    e->quantity = 5000;
+    e->visibleQuantity = new ZolQuantity(1000);
+    SetFixed(e->price, 101.37, 2);
+    e->duration = ZolOrderDuration::day;
+    e->trdAccId = new ZolTrdAccId("ACC-000123");
+    e->brokerRef = new ZolBrokerRef("BR-7781/A");
+    e->purgeOnLogoff = new ZolBoolean(true);
+    e->positionType = new ZolPositionType(ZolPositionType::openingTrade);
+    e->execUserId = new ZolUserMifidId("MIFID-0044");
+    return req;
+}
+
+std::unique_ptr<ZolTransRep> ReplyOK() {
+    auto rep = std::make_unique<ZolTransRep>();
+    ZolReplyOK* ok = Alt<ZolReplyOK>(rep.get(), "replyOK");
+    ok->infoMessage = "Order 20240611-0001234 accepted";
+    ok->extraInfo = new ZolTextStr("queued at 101.37 behind 3 orders");
+    ok->replyHint = new ZolReplyHintType(0);
+    return rep;
+}
+
+// An order record as the host reports it: statics with their details, and
+// the dynamics after a partial fill.
+std::unique_ptr<ZolQueryRep> OrderRecord() {
+    auto rep = std::make_unique<ZolQueryRep>();
+    ZolOrderRep* o = Alt<ZolOrderRep>(rep.get(), "orderRep");
+    o->seqContext = new ZolSequenceContext;
+    o->seqContext->seqNum = new AsnSequenceNumber(104233);
+    o->seqContext->recNum = new AsnSequenceNumber(7);
+    o->orderId = new ZolOrderId;
+    o->orderId->orderNo = "20240611-0001234";
+    o->orderId->speedIndex = new ZolInteger(17);
+
+    ZolOrderRepStatic* s = o->statics = new ZolOrderRepStatic;
+    s->secBoardId = new ZolSecBoardId;
+    s->secBoardId->secCode = "VOD.L";
+    s->secBoardId->boardId = "NORM";
+    s->instrId = "EQTY";
+    s->userId = "TRADER01";
+    s->firmId = "FIRM07";
+    s->type = ZolOrderType::limit;
+    s->buySell = ZolOrderVerb::sell;
+    s->quantity = 5000;
+    SetFixed(s->price, 101.37, 2);
+    s->fillType = ZolOrderFillType::fillAny;
+    s->duration = ZolOrderDuration::day;
+    s->brokerRef = new ZolBrokerRef("BR-7781/A");
+    s->purgeOnLogoff = new ZolBoolean(false);
+    s->entryTime = new ZolDateTimeMS;
+    s->entryTime->date = 20240611;
+    s->entryTime->time = 93015;
+    s->entryTime->millisec = 250;
+    s->trdAccId = new ZolTrdAccId("ACC-000123");
+    s->details = new ZolOrderRepStaticDetails;
+    s->details->visibleQuantity = new ZolQuantity(1000);
+    s->details->minFillQuantity = new ZolQuantity(100);
+    s->details->expiryTime = new ZolDateTime;
+    s->details->expiryTime->date = 20240611;
+    s->details->expiryTime->time = 163000;
+    s->details->isMarketMaker = new ZolBoolean(false);
+    s->execUserId = new ZolUserMifidId("MIFID-0044");
+
+    ZolOrderRepDynamic* d = o->dynamics = new ZolOrderRepDynamic;
+    d->orderStatus = ZolOrderStatus::open;
+    d->balance = 4000;
+    SetFixed(d->matchValue, 101370.0, 2);
+    SetFixed(d->averagePrice, 101.37, 4);
+    return rep;
+}
+
+// Fills every member of `v`, optional ones included, through the
+// descriptors, with values of plausible sizes: texts of 10 to 25 octets,
+// prices with full mantissas, dates and times where the type says so.
+struct FillAll {
+    int k = 0;
+
+    void Fill(AsnType* v, const AsnTypeDesc* d, const char* member) {
+        const AsnTypeDesc* r = Resolved(d);
+        ++k;
+        switch (r->type) {
+        case AsnTypeDesc::SEQUENCE:
+            for (const AsnSe_MemberDesc* m = static_cast<const AsnSe_TypeDesc*>(r)->members; m->name; ++m)
+                Fill(v->_getref(m->name, true), m->desc, m->name);
+            break;
+        case AsnTypeDesc::CHOICE: {
+            const AsnChoiceMemberDesc& alt = static_cast<const AsnChoiceTypeDesc*>(r)->members[0];
+            Fill(v->_getref(alt.name, true), alt.desc, alt.name);
+            break;
+        }
+        case AsnTypeDesc::SET_OF:
+            for (int i = 0; i < 3; ++i)
+                Fill(v->_getref(("insert " + std::to_string(i)).c_str(), true),
+                     static_cast<const AsnListTypeDesc*>(r)->base, member);
+            break;
+        case AsnTypeDesc::INTEGER:
+            static_cast<AsnInt*>(v)->value = std::strcmp(member, "decimals") == 0 ? 2
+                                           : NamedLike(d, "Date")             ? 20240611
+                                           : NamedLike(d, "Time")             ? 93015
+                                                                              : 1000 + 37 * k;
+            break;
+        case AsnTypeDesc::ENUMERATED: {
+            const AsnNameDesc* names = d->getnames();
+            int n = 0;
+            while (names[n].name)
+                ++n;
+            static_cast<AsnInt*>(v)->value = names[k % n].value;
+            break;
+        }
+        case AsnTypeDesc::BOOLEAN:
+            static_cast<AsnBool*>(v)->value = k % 2 == 0;
+            break;
+        case AsnTypeDesc::REAL:
+            static_cast<AsnReal*>(v)->value = 100.0 + 0.37 * k;
+            break;
+        case AsnTypeDesc::OCTET_STRING: {
+            std::string text = std::string(member) + " " + std::to_string(4000 + k);
+            static_cast<AsnOcts*>(v)->ReSet(text.c_str());
+            break;
+        }
+        case AsnTypeDesc::BIT_STRING: {
+            auto* bits = static_cast<AsnBits*>(v);
+            bits->ReSet(size_t(29));
+            for (size_t b : {0, 1, 3, 8, 12, 16, 20, 25, 28})
+                bits->SetBit(b);
+            break;
+        }
+        default:
+            break;
+        }
+    }
+};
+
+std::unique_ptr<ZolSecBoardRep> FullSecBoard() {
+    auto rep = std::make_unique<ZolSecBoardRep>();
+    FillAll().Fill(rep.get(), rep->_getdesc(), "secBoardRep");
+    return rep;
+}
+
+// 200 price levels on each side around 101.37, a tick of 0.01 apart.
+std::unique_ptr<ZolOrderbookByPriceRep> Book() {
+    auto rep = std::make_unique<ZolOrderbookByPriceRep>();
+    rep->seqNum = 88123;
+    rep->secBoardId = new ZolSecBoardId;
+    rep->secBoardId->secCode = "VOD.L";
+    rep->secBoardId->boardId = "NORM";
+    for (int side = 0; side < 2; ++side) {
+        ZolPricePointList& list = side ? rep->offerList : rep->bidList;
+        for (int i = 0; i < 200; ++i) {
+            ZolPricePoint* p = list.Append();
+            SetFixed(p->price, side ? 101.38 + 0.01 * i : 101.37 - 0.01 * i, 2);
+            p->userDepth = i % 5 == 0 ? 500 : 0;
+            p->userHasBest = i == 0;
+            p->depth = new ZolQuantity(1000 + 250 * (i % 17));
+            p->numOrders = new ZolInteger(1 + i % 7);
+            p->numFirms = new ZolInteger(1 + i % 3);
+        }
+    }
+    rep->numOtherOpenOrders = 12;
+    return rep;
+}
+
+// --- constructed strings ----------------------------------------------------
+
+// The kinds of the primitive leaves of `v` in the order they stand on the
+// wire: true for an octet string.
+void LeafKinds(AsnType* v, const AsnTypeDesc* d, std::vector<bool>& out) {
+    const AsnTypeDesc* r = Resolved(d);
+    switch (r->type) {
+    case AsnTypeDesc::SEQUENCE:
+        for (const AsnSe_MemberDesc* m = static_cast<const AsnSe_TypeDesc*>(r)->members; m->name; ++m)
+            if (AsnType* member = v->_getref(m->name, false))
+                LeafKinds(member, m->desc, out);
+        break;
+    case AsnTypeDesc::CHOICE:
+        for (const AsnChoiceMemberDesc* m = static_cast<const AsnChoiceTypeDesc*>(r)->members; m->name; ++m)
+            if (AsnType* alt = v->_getref(m->name, false)) {
+                LeafKinds(alt, m->desc, out);
+                break;
+            }
+        break;
+    case AsnTypeDesc::SET_OF:
+        for (unsigned long i = 0;; ++i) {
+            AsnType* e = v->_getref(std::to_string(i).c_str(), false);
+            if (!e)
+                break;
+            LeafKinds(e, static_cast<const AsnListTypeDesc*>(r)->base, out);
+        }
+        break;
+    default:
+        out.push_back(r->type == AsnTypeDesc::OCTET_STRING);
+        break;
+    }
+}
+
+std::string DefiniteLen(size_t n) {
+    std::string out;
+    if (n < 0x80)
+        return std::string(1, char(n));
+    while (n) {
+        out.insert(out.begin(), char(n & 0xFF));
+        n >>= 8;
+    }
+    return char(0x80 | out.size()) + out;
+}
+
+// Rewrites the elements of `in` from `at` to `end`: every octet string
+// becomes constructed with an indefinite length, its text cut into pieces
+// of at most eight octets; everything else keeps its form, constructed
+// elements with their lengths recomputed.
+std::string Rewrite(const std::string& in, size_t& at, size_t end, const std::vector<bool>& kinds, size_t& leaf) {
+    std::string out;
+    while (at < end) {
+        size_t tagAt = at;
+        unsigned char first = static_cast<unsigned char>(in[at++]);
+        if ((first & 0x1F) == 0x1F)
+            while (static_cast<unsigned char>(in[at++]) & 0x80) {
+            }
+        std::string tag = in.substr(tagAt, at - tagAt);
+        size_t len = static_cast<unsigned char>(in[at++]);
+        if (len & 0x80) {
+            size_t n = len & 0x7F;
+            len = 0;
+            while (n--)
+                len = (len << 8) | static_cast<unsigned char>(in[at++]);
+        }
+        if (first & 0x20) {
+            std::string content = Rewrite(in, at, at + len, kinds, leaf);
+            out += tag + DefiniteLen(content.size()) + content;
+        } else if (kinds.at(leaf++)) {
+            tag[0] = char(first | 0x20);
+            out += tag + '\x80';
+            for (size_t i = 0; i < len; i += 8) {
+                size_t piece = std::min<size_t>(8, len - i);
+                out += '\x04' + DefiniteLen(piece) + in.substr(at + i, piece);
+            }
+            out += std::string(2, '\0');
+            at += len;
+        } else {
+            out += tag + DefiniteLen(len) + in.substr(at, len);
+            at += len;
+        }
+    }
+    return out;
+}
+
+std::string ConstructedStrings(AsnType& v) {
+    std::vector<bool> kinds;
+    LeafKinds(&v, v._getdesc(), kinds);
+    std::string in = Encoded(v);
+    size_t at = 0, leaf = 0;
+    std::string out = Rewrite(in, at, in.size(), kinds, leaf);
+    if (leaf != kinds.size())
+        Die("constructed-string rewrite lost its place");
+    return out;
+}
+
+// --- the loops that need the class ------------------------------------------
+
+template <class T>
+void DecodeLoop(benchmark::State& st, const Case& c) {
+    const char* bytes = c.bytes.data();
+    size_t len = c.bytes.size();
+    for (auto _ : st) {
+        T v;
+        int ok = AsnBuffer::Decode(bytes, len, v);
+        benchmark::DoNotOptimize(ok);
+        benchmark::DoNotOptimize(&v);
+    }
+}
+
+template <class T>
+void MergeLoop(benchmark::State& st, const Case& c) {
+    T& held = static_cast<T&>(*c.held);
+    const T& report = static_cast<const T&>(*c.value);
+    for (auto _ : st) {
+        held |= report;
+        benchmark::DoNotOptimize(&held);
+    }
+}
+
+template <class T>
+void MergeOnce(const Case& c) {
+    static_cast<T&>(*c.held) |= static_cast<const T&>(*c.value);
+}
+
+template <class T>
+bool DecodeOnce(const std::string& bytes) {
+    T v;
+    return AsnBuffer::Decode(bytes.data(), bytes.size(), v) == 1;
+}
+
+template <class T>
+Case Make(const char* name, std::unique_ptr<T> value, asn_TYPE_descriptor_t* peer, long expected,
+          const char* rule) {
+    Case c;
+    c.name = name;
+    c.bytes = Encoded(*value);
+    c.held.reset(value->Clone());
+    c.value = std::move(value);
+    c.peerType = peer;
+    c.expectedDecodeAllocs = expected;
+    c.allocRule = rule;
+    c.decode = DecodeLoop<T>;
+    c.merge = MergeLoop<T>;
+    c.decodeOnce = DecodeOnce<T>;
+    c.mergeOnce = MergeOnce<T>;
+    return c;
+}
+
+int Collect(const void* data, size_t size, void* key) {
+    static_cast<std::string*>(key)->append(static_cast<const char*>(data), size);
+    return 0;
+}
+
+// Both codecs must read each case, and each must read what the other
+// writes, before anything is timed.
+void Check(Case& c) {
+    const AsnTypeDesc* desc = c.value->_getdesc();
+    std::unique_ptr<AsnType> ours(desc->create());
+    if (AsnBuffer::Decode(c.bytes.data(), c.bytes.size(), *ours) != 1)
+        Die(c.name + ": zol does not decode its bytes");
+    if (Printed(*ours) != Printed(*c.value))
+        Die(c.name + ": zol decodes another value");
+
+    asn_dec_rval_t r = ber_decode(nullptr, c.peerType, &c.peerValue, c.bytes.data(), c.bytes.size());
+    if (r.code != RC_OK || r.consumed != c.bytes.size())
+        Die(c.name + ": asn1c does not decode the bytes");
+    std::string der;
+    asn_enc_rval_t e = der_encode(c.peerType, c.peerValue, Collect, &der);
+    if (e.encoded < 0)
+        Die(c.name + ": asn1c does not encode the value");
+    c.peerDerLen = der.size();
+    std::unique_ptr<AsnType> back(desc->create());
+    if (AsnBuffer::Decode(der.data(), der.size(), *back) != 1)
+        Die(c.name + ": zol does not decode asn1c's DER");
+    // DER sorts the elements of a SET OF, so a list may come back in
+    // another order: the same printed characters, differently arranged.
+    std::string a = Printed(*back), b = Printed(*c.value);
+    if (a != b) {
+        std::sort(a.begin(), a.end());
+        std::sort(b.begin(), b.end());
+        if (a != b)
+            Die(c.name + ": asn1c's DER holds another value");
+    }
+    long rule = RuleAllocs(ours.get());
+    if (rule != c.expectedDecodeAllocs)
+        Die(c.name + ": the allocations written down (" + std::to_string(c.expectedDecodeAllocs) +
+            ") are not what the rules give (" + std::to_string(rule) + ")");
+}
+
+}  // namespace
+
+Case::~Case() {
+    if (peerValue)
+        ASN_STRUCT_FREE(*peerType, peerValue);
+}
+
+long RuleAllocs(AsnType* v) {
+    long n = 0;
+    const AsnTypeDesc* r = Resolved(v->_getdesc());
+    switch (r->type) {
+    case AsnTypeDesc::SEQUENCE:
+        for (const AsnSe_MemberDesc* m = static_cast<const AsnSe_TypeDesc*>(r)->members; m->name; ++m)
+            if (AsnType* member = v->_getref(m->name, false))
+                n += (m->optional || IsComposite(m->desc) ? 1 : 0) + RuleAllocs(member);
+        break;
+    case AsnTypeDesc::CHOICE:
+        for (const AsnChoiceMemberDesc* m = static_cast<const AsnChoiceTypeDesc*>(r)->members; m->name; ++m)
+            if (AsnType* alt = v->_getref(m->name, false)) {
+                n += 1 + RuleAllocs(alt);
+                break;
+            }
+        break;
+    case AsnTypeDesc::SET_OF:
+        for (unsigned long i = 0;; ++i) {
+            AsnType* e = v->_getref(std::to_string(i).c_str(), false);
+            if (!e)
+                break;
+            n += 2 + RuleAllocs(e);
+        }
+        break;
+    case AsnTypeDesc::OCTET_STRING:
+    case AsnTypeDesc::BIT_STRING:
+        n = 1;
+        break;
+    default:
+        break;
+    }
+    return n;
+}
+
+std::vector<Case> BuildCases() {
+    std::vector<Case> cases;
+    cases.push_back(Make("TransReq new order", NewOrder(), &asn_DEF_ZolTransReq, 19,
+                         "13 objects (upTransMsg, its alternative, order, secBoardId, boardId, "
+                         "visibleQuantity, price, decimals, trdAccId, brokerRef, purgeOnLogoff, "
+                         "positionType, execUserId) + 6 strings (userId, secCode, boardId, trdAccId, "
+                         "brokerRef, execUserId)"));
+    cases.push_back(Make("TransRep replyOK", ReplyOK(), &asn_DEF_ZolTransRep, 5,
+                         "3 objects (the alternative, extraInfo, replyHint) + 2 strings "
+                         "(infoMessage, extraInfo)"));
+    cases.push_back(Make("QueryRep orderRep", OrderRecord(), &asn_DEF_ZolQueryRep, 34,
+                         "22 objects (the alternative; seqContext, seqNum, recNum; orderId, speedIndex; "
+                         "statics, secBoardId, price, brokerRef, purgeOnLogoff, entryTime, trdAccId, "
+                         "details and 4 of its members, execUserId; dynamics, matchValue, "
+                         "averagePrice) + 3 decimals + 9 strings (orderNo, secCode, boardId, instrId, "
+                         "userId, firmId, brokerRef, trdAccId, execUserId)"));
+    cases.push_back(Make("SecBoardRep full", FullSecBoard(), &asn_DEF_ZolSecBoardRep, 173,
+                         "102 pointer members (seqContext, seqNum, recNum, secBoardId, statics, "
+                         "dynamics; 18 optional members and 2 required sequences of statics; all 76 "
+                         "of dynamics) + 49 decimals of 49 fixed reals + 22 strings (21 texts, "
+                         "1 bit string)"));
+    cases.push_back(Make("OrderbookByPrice 2x200", Book(), &asn_DEF_ZolOrderbookByPriceRep, 2803,
+                         "3 (secBoardId, secCode, boardId) + 400 levels x 7 (list node, element, "
+                         "price, decimals, depth, numOrders, numFirms)"));
+
+    // The new order again, every text as 24 80 04 .. 04 .. 00 00.
+    Case cons = Make("TransReq cons. strings", NewOrder(), &asn_DEF_ZolTransReq, 19,
+                     "as the new order: a constructed string is gathered into one allocation");
+    cons.bytes = ConstructedStrings(*cons.value);
+    cons.decodeOnly = true;
+    cases.push_back(std::move(cons));
+
+    for (Case& c : cases)
+        Check(c);
+    return cases;
+}
+
+}  // namespace zb

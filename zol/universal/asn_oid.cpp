@@ -1,0 +1,163 @@
+#include "zol/universal/asn_oid.h"
+
+#include <climits>
+#include <cstring>
+#include <new>
+#include <ostream>
+
+const AsnTypeDesc AsnOid::_desc(nullptr, nullptr, false, AsnTypeDesc::OBJECT_IDENTIFIER, nullptr);
+
+namespace {
+
+// Base-128 groups that the widest arc needs.
+const size_t MaxGroups = (sizeof(unsigned long) * CHAR_BIT + 6) / 7;
+
+// The shared scratch of building from arcs: the subidentifiers, then their
+// octets, sized for the worst case of eleven arcs.
+unsigned long arcWords[11];
+char arcOctets[11 * MaxGroups];
+
+// Writes `v` in base 128, high group first, the top bit on all octets but
+// the last; returns the number of octets.
+size_t PutSubId(unsigned long v, char* out) {
+    size_t n = 1;
+    for (unsigned long rest = v >> 7; rest; rest >>= 7)
+        ++n;
+    for (size_t i = n; i-- > 0; v >>= 7)
+        out[i] = static_cast<char>((v & 0x7F) | (i + 1 < n ? 0x80 : 0));
+    return n;
+}
+
+// Reads one subidentifier from `pos`: it ends at an octet with the top bit
+// clear or at the end of the octets. Too long a one wraps.
+unsigned long GetSubId(const char* oid, size_t len, size_t& pos) {
+    unsigned long v = 0;
+    while (pos < len) {
+        unsigned char c = static_cast<unsigned char>(oid[pos++]);
+        v = (v << 7) | (c & 0x7F);
+        if (!(c & 0x80))
+            break;
+    }
+    return v;
+}
+
+}  // namespace
+
+AsnOid::~AsnOid() { delete[] oid; }
+
+void AsnOid::Set(const char* encoded, size_t len) {
+    if (encoded == oid)
+        return;
+    if (!encoded) {
+        oid = nullptr;
+        oidLen = 0;
+        return;
+    }
+    oid = new char[len ? len : 1];
+    if (len)
+        std::memcpy(oid, encoded, len);
+    oidLen = len;
+}
+
+void AsnOid::Set(const AsnOid& o) {
+    if (&o != this)
+        Set(o.oid, o.oidLen);
+}
+
+void AsnOid::Set(unsigned long a1, unsigned long a2, long a3, long a4, long a5, long a6, long a7,
+                 long a8, long a9, long a10, long a11) {
+    const long rest[9] = {a3, a4, a5, a6, a7, a8, a9, a10, a11};
+    size_t words = 0;
+    arcWords[words++] = a1 * 40 + a2;
+    for (long arc : rest) {
+        if (arc <= 0)
+            break;
+        arcWords[words++] = static_cast<unsigned long>(arc);
+    }
+    size_t len = 0;
+    for (size_t i = 0; i < words; ++i)
+        len += PutSubId(arcWords[i], arcOctets + len);
+    oid = new char[len];
+    std::memcpy(oid, arcOctets, len);
+    oidLen = len;
+}
+
+// The new block is made before the old one is freed, so a source that lies
+// inside the value's own block stays readable.
+void AsnOid::ReSet(const char* encoded, size_t len) {
+    if (encoded == oid)
+        return;
+    char* old = oid;
+    Set(encoded, len);
+    delete[] old;
+}
+
+void AsnOid::ReSet(const AsnOid& o) {
+    if (&o != this)
+        ReSet(o.oid, o.oidLen);
+}
+
+void AsnOid::ReSet(unsigned long a1, unsigned long a2, long a3, long a4, long a5, long a6, long a7,
+                   long a8, long a9, long a10, long a11) {
+    delete[] oid;
+    oid = nullptr;
+    oidLen = 0;
+    Set(a1, a2, a3, a4, a5, a6, a7, a8, a9, a10, a11);
+}
+
+unsigned long AsnOid::NumArcs() const {
+    unsigned long n = 1;
+    for (size_t pos = 0; pos < oidLen; ++n)
+        GetSubId(oid, oidLen, pos);
+    return n;
+}
+
+bool AsnOid::OidEquiv(const AsnOid& o) const {
+    return oidLen == o.oidLen && (oidLen == 0 || std::strncmp(oid, o.oid, oidLen) == 0);
+}
+
+AsnType* AsnOid::Clone() const { return new (std::nothrow) AsnOid(*this); }
+
+const AsnTypeDesc* AsnOid::_getdesc() const { return &_desc; }
+
+AsnLen AsnOid::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x06000000u); }
+
+void AsnOid::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    if (tag != 0x06000000u)
+        AsnDecodeFail(env, -57, "AsnOid::BDec: ERROR tag on OBJECT IDENTIFIER is wrong.");
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+void AsnOid::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
+    if (size_t(b.dataEnd - b.readPos) < elmtLen)
+        b.readFailed = true;
+    if (b.ReadError())
+        AsnDecodeFail(env, -17, "BDecOctetString: ERROR - decoded past end of data");
+    oidLen = elmtLen;
+    oid = new char[elmtLen ? elmtLen : 1];
+    b.CopyOut(oid, elmtLen);
+    bytesDecoded += elmtLen;
+}
+
+// The first subidentifier v holds two arcs: v / 40, taken as an unsigned
+// 16-bit number and limited to 2, and the rest. An empty value prints
+// nothing between the braces; a last subidentifier cut short by the end
+// of the octets prints with the groups it has.
+void AsnOid::Print(std::ostream& os) const {
+    os << '{';
+    if (!oid) {
+        os << "-- void --";
+    } else if (oidLen) {
+        size_t pos = 0;
+        unsigned long v = GetSubId(oid, oidLen, pos);
+        unsigned long first = static_cast<unsigned short>(v / 40);
+        if (first > 2)
+            first = 2;
+        os << first << ' ' << v - 40 * first;
+        while (pos < oidLen)
+            os << ' ' << GetSubId(oid, oidLen, pos);
+    }
+    os << '}';
+}
