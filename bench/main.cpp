@@ -365,20 +365,34 @@ int main(int argc, char** argv) {
         goalsOk = goalsOk && ok;
         std::printf("  [%s] %s\n", ok ? "met" : "MISSED", text.c_str());
     };
+    // A ratio that could not be formed (a benchmark filtered out) is NaN
+    // and leaves its goal unjudged.
     double minEnc = INFINITY, maxCopy = 0, minDec = INFINITY;
     for (size_t i = 0; i < cases.size(); ++i) {
         if (!cases[i].decodeOnly) {
-            minEnc = std::min(minEnc, t(i, "asn1c_encode") / t(i, "encode"));
-            maxCopy = std::max(maxCopy, t(i, "encode") / t(i, "memcpy"));
+            minEnc = std::fmin(minEnc, t(i, "asn1c_encode") / t(i, "encode"));
+            maxCopy = std::fmax(maxCopy, t(i, "encode") / t(i, "memcpy"));
         }
-        minDec = std::min(minDec, t(i, "asn1c_decode") / t(i, "decode"));
+        minDec = std::fmin(minDec, t(i, "asn1c_decode") / t(i, "decode"));
     }
-    goal(minEnc >= 20, "encoding at least 20x as fast as asn1c's DER encoder on every case (lowest " +
-                           Fmt("%.1f", minEnc) + "x)");
+    auto timed = [&](bool ok, double v, const std::string& text) {
+        if (std::isinf(v) || v == 0)
+            std::printf("  [not run] %s\n", text.c_str());
+        else
+            goal(ok, text);
+    };
+    timed(minEnc >= 20, minEnc,
+          "encoding at least 20x as fast as asn1c's DER encoder on every case (lowest " + Fmt("%.1f", minEnc) + "x)");
     goal(allocsOk, "no allocation while encoding; decoding allocates exactly what the rules say");
-    goal(maxCopy <= 15, "encoding within 15x a memcpy of the same bytes (highest " + Fmt("%.1f", maxCopy) + "x)");
-    goal(minDec >= 5, "decoding at least 5x as fast as asn1c's BER decoder on every case (lowest " +
-                          Fmt("%.1f", minDec) + "x)");
+    timed(maxCopy <= 15, maxCopy,
+          "encoding within 15x a memcpy of the same bytes on every case (highest " + Fmt("%.1f", maxCopy) + "x)");
+    timed(minDec >= 5, minDec,
+          "decoding at least 5x as fast as asn1c's BER decoder on every case (lowest " + Fmt("%.1f", minDec) + "x)");
+    for (size_t i = 0; i < cases.size(); ++i)
+        if (cases[i].name == "SecBoardRep full")
+            std::printf("  [info] a full ZolSecBoardRep: print %s ns, clone %s ns, merge %s ns\n",
+                        Fmt("%.0f", t(i, "print")).c_str(), Fmt("%.0f", t(i, "clone")).c_str(),
+                        Fmt("%.0f", t(i, "merge")).c_str());
     // Only the allocation counts are exact; timings on a shared machine
     // are reported, not judged by the exit status.
     return allocsOk ? 0 : 1;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
@@ -254,14 +255,22 @@ TEST(Hostile, AllocationWatchSeesTheLibrary) {
 
 // --- Time: decoding is linear in the number of elements ---------------------
 
+// The processor time of this thread, in seconds: a busy machine that
+// preempts the test does not count against the decoder.
+double ThreadSeconds() {
+    timespec t;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return double(t.tv_sec) + double(t.tv_nsec) * 1e-9;
+}
+
 // The best of a few runs, in seconds.
 double Seconds(const std::string& bytes, const Make& make, int runs) {
     double best = 1e9;
     for (int i = 0; i < runs; ++i) {
         std::unique_ptr<AsnType> v(make());
-        auto start = std::chrono::steady_clock::now();
+        double start = ThreadSeconds();
         int r = Zol::AsnBuffer::Decode(bytes.data(), bytes.size(), *v);
-        best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+        best = std::min(best, ThreadSeconds() - start);
         EXPECT_EQ(r, 1);
     }
     return best;

@@ -251,6 +251,15 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
     std::unique_ptr<AsnType> held2(byOid.value);
     EXPECT_EQ(Encoded(byOid), "01 01 FF");
 
+    // A string prototype's clone holds a block of its own, which the
+    // decode gives up: nothing leaks.
+    AsnAny::InstallAnyByInt(AsnInt(1005), 15, &octsProto);
+    AsnAny text;
+    text.SetTypeByInt(AsnInt(1005));
+    ASSERT_EQ(DecodeInto(text, Bytes("04 02 41 42"), &err), 0);
+    std::unique_ptr<AsnType> held3(text.value);
+    EXPECT_EQ(Encoded(text), "04 02 41 42");
+
     const struct {
         int key;
         int code;

@@ -110,6 +110,7 @@ void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
         AsnDecodeFail(env, -1, "BDecBitString: ERROR - decoded past end of data");
     if (unused > octets * 8)
         AsnDecodeFail(env, -1, "BDecBitString: ERROR - more unused bits than bits held");
+    delete[] bits;  // held by a value decoded again, as an open type's clone
     bits = new char[n ? n : 1];
     if (n)
         std::memcpy(bits, src, n);
@@ -123,6 +124,7 @@ void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
     size_t total = stringStack.totalByteLen;
     if (pendingUnusedBits > total * 8)
         AsnDecodeFail(env, -2, "BDecConsBitString: ERROR - more unused bits than bits held");
+    delete[] bits;
     bits = new char[total ? total : 1];
     stringStack.CopyOut(bits);
     bitLen = total * 8 - pendingUnusedBits;

@@ -151,6 +151,9 @@ void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
     char* src = b.GetSeg(&n);
     if (n < elmtLen || b.ReadError())
         AsnDecodeFail(env, -14, "BDecOctetString: ERROR - decoded past end of data");
+    // A value decoded again (an open type's clone of its prototype) gives
+    // up what it held; a fresh one holds nothing.
+    delete[] octs;
     octs = new char[n + 1];
     AsnCopyBytes(octs, src, n);
     octs[n] = '\0';
@@ -162,22 +165,42 @@ void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
     stringStack.Reset();
     FillOctetStringStk(b, elmtLen, bytesDecoded, env, 0);
     octetLen = stringStack.totalByteLen;
+    delete[] octs;
     octs = new char[octetLen + 1];
     stringStack.CopyOut(octs);
     octs[octetLen] = '\0';
 }
 
+// The text is gathered in a local block and written a block at a time:
+// one character at a time through the stream costs a sentry each. The
+// opening quote goes first on its own, so that a field width set on the
+// stream pads it as it always did.
 void AsnOcts::Print(std::ostream& os) const {
     static const char hex[] = "0123456789abcdef";
     os << '\'';
+    char out[256];
+    size_t n = 0;
+    auto put = [&](char c) {
+        if (n == sizeof out) {
+            os.write(out, std::streamsize(n));
+            n = 0;
+        }
+        out[n++] = c;
+    };
     for (size_t i = 0; i < octetLen; ++i) {
         unsigned char c = static_cast<unsigned char>(octs[i]);
-        os << hex[c >> 4] << hex[c & 0x0F];
+        put(hex[c >> 4]);
+        put(hex[c & 0x0F]);
     }
-    os << "'H  -- \"";
+    for (const char* t = "'H  -- \""; *t; ++t)
+        put(*t);
     for (size_t i = 0; i < octetLen; ++i) {
         unsigned char c = static_cast<unsigned char>(octs[i]);
-        os << (std::isspace(c) ? ' ' : std::isprint(c) ? static_cast<char>(c) : '.');
+        put(std::isspace(c) ? ' ' : std::isprint(c) ? static_cast<char>(c) : '.');
     }
-    os << "\" --";
+    put('"');
+    put(' ');
+    put('-');
+    put('-');
+    os.write(out, std::streamsize(n));
 }
