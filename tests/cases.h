@@ -3,6 +3,8 @@
 // decoding sets or leaves absent, and what the value encodes back to.
 #pragma once
 
+#include <initializer_list>
+
 #include <memory>
 #include <sstream>
 #include <string>
@@ -94,6 +96,12 @@ template <class T>
 void From(T& v, const char* hex) {
     Outcome o = Decode(Bytes(hex), v);
     ASSERT_EQ(o.result, 1) << hex << "\n" << o.err;
+}
+
+// Checks every case of a table.
+inline void CheckAll(std::initializer_list<Case> cases) {
+    for (const Case& c : cases)
+        Check(c);
 }
 
 }  // namespace zt

@@ -15,10 +15,7 @@ using zt::Discrepancy;
 using zt::Encoded;
 using zt::Missing;
 
-void CheckAll(std::initializer_list<Case> cases) {
-    for (const Case& c : cases)
-        zt::Check(c);
-}
+using zt::CheckAll;
 
 template <class T>
 std::unique_ptr<T> Full(int seed = 1) {
