@@ -81,7 +81,7 @@ TEST(FastPath, RealDecodingAgreesWithTheLongWay) {
         seed ^= seed << 17;
         return seed;
     };
-    for (int i = 0; i < 200000; ++i) {
+    for (int i = 0; i < 100000; ++i) {
         // Bases 2, 8 and 16, every scale and sign, one or two exponent
         // octets (two reaching from the subnormal range to past the
         // largest double), one to eight mantissa octets, with and without
@@ -100,7 +100,7 @@ TEST(FastPath, RealDecodingAgreesWithTheLongWay) {
             c.push_back(static_cast<unsigned char>(m >> (8 * (k - 1))));
         std::string wire = Bytes("09") + char(c.size()) + std::string(c.begin(), c.end());
         AsnReal v;
-        ASSERT_EQ(zt::Decode(wire, v).result, 1) << zt::Hex(wire);
+        ASSERT_EQ(Zol::AsnBuffer::Decode(wire.data(), wire.size(), v), 1) << zt::Hex(wire);
         double want = LongWay(c);
         ASSERT_EQ(std::memcmp(&v.value, &want, sizeof want), 0) << zt::Hex(wire) << " " << v.value << " " << want;
     }
