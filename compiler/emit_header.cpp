@@ -150,7 +150,9 @@ void List(std::ostream& out, const ClassModel& c) {
         << "    void RemoveCurrFromList();\n\n"
         << kCodecDecls
         << "    AsnType* _getref(const char* name, bool create = false) override;\n\n"
-        << "    static const AsnListTypeDesc _desc;\n\n"
+        << "    static const AsnListTypeDesc _desc;\n"
+        << "    // Calls `visit` with each element of `list`, first to last: the descriptor's walk.\n"
+        << "    static void ForEach(const AsnType& list, AsnListTypeDesc::VisitFn visit, void* context);\n\n"
         << "private:\n"
         << "    // Links a new node holding `elmt` between `before` and `after`.\n"
         << "    " << e << "* Link(AsnListElmt* before, AsnListElmt* after, " << e << "* elmt);\n"

@@ -546,7 +546,12 @@ AsnType* $L::_getref(const char* name, bool) {
     }
 }
 
-const AsnListTypeDesc $L::_desc(&$M, "$L", false, AsnTypeDesc::SET_OF, AsnCreate<$L>, &$E::_desc);
+void $L::ForEach(const AsnType& list, AsnListTypeDesc::VisitFn visit, void* context) {
+    for (AsnListElmt* p = static_cast<const $L&>(list).first; p; p = p->next)
+        visit(*p->elmt, context);
+}
+
+const AsnListTypeDesc $L::_desc(&$M, "$L", false, AsnTypeDesc::SET_OF, AsnCreate<$L>, &$E::_desc, $L::ForEach);
 )";
 
 void Replace(std::string& s, const std::string& from, const std::string& to) {

@@ -7,6 +7,7 @@
 #include "zol/ber/asn_type.h"
 #include "zol/ber/asn_buffer.h"
 #include "zol/meta/asn_desc.h"
+#include "zol/meta/asn_reflect.h"
 #include "zol/universal/asn_int.h"
 #include "zol/universal/asn_real.h"
 #include "zol/universal/asn_octs.h"
@@ -19,6 +20,13 @@
 
 // The generated classes of every module of the protocol.
 #include "zol/modules.h"
+
+namespace Zol {
+
+// The type of any module of the protocol named `name`, or null.
+inline const AsnTypeDesc* FindType(const char* name) { return AsnFindType(AsnModules, name); }
+
+}  // namespace Zol
 
 // Display text and conversions of the protocol's values.
 #include "zol/values/zol_convert.h"

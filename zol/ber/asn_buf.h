@@ -7,17 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-// In-memory tag: the identifier octets left-justified in a 32-bit word,
-// compared as a whole. End-of-contents is 0.
-typedef uint32_t AsnTag;
-// Count of bytes, used for lengths and running counts.
-typedef uint32_t AsnLen;
-
-// The indefinite length form (a definite 0xFFFFFFFF cannot be told from it).
-const AsnLen IndefiniteLen = 0xFFFFFFFFu;
-
-// Bit 6 of the first identifier octet: the constructed form.
-const AsnTag AsnConstructedBit = 0x20000000u;
+#include "zol/ber/asn_constants.h"
 
 // For the encoders' per-element steps, which must compile into their
 // callers whatever the compiler's estimate of their size.

@@ -130,13 +130,19 @@ struct AsnSe_TypeDesc : AsnMembersTypeDesc {
     AsnSe_TypeDesc(const AsnSe_TypeDesc&) = default;
 };
 
-// Lists: `base` describes the element.
+// Lists: `base` describes the element; `forEach` calls `visit` with each
+// element of a list of this type, first to last (AsnForEachElement of
+// asn_reflect.h is the way to call it).
 struct AsnListTypeDesc : AsnTypeDesc {
+    typedef void (*VisitFn)(AsnType& elmt, void* context);
+    typedef void (*ForEachFn)(const AsnType& list, VisitFn visit, void* context);
+
     const AsnTypeDesc* base;
+    ForEachFn forEach;
 
     AsnListTypeDesc(const AsnModuleDesc* module, const char* name, bool pdu, Type type,
-                    CreateFn create, const AsnTypeDesc* base)
-        : AsnTypeDesc(module, name, pdu, type, create), base(base) {}
+                    CreateFn create, const AsnTypeDesc* base, ForEachFn forEach = nullptr)
+        : AsnTypeDesc(module, name, pdu, type, create), base(base), forEach(forEach) {}
     AsnListTypeDesc(const AsnListTypeDesc&) = default;
 };
 

@@ -1,0 +1,26 @@
+#include "zol/meta/asn_reflect.h"
+
+#include <cstring>
+
+#include "zol/ber/asn_type.h"
+
+const AsnTypeDesc* AsnResolved(const AsnTypeDesc* d) {
+    while (d && d->type == AsnTypeDesc::ALIAS)
+        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
+    return d;
+}
+
+const char* AsnTypeName(const AsnTypeDesc* d) { return d->name ? d->name : AsnTypeDesc::typenames[d->type]; }
+
+const AsnTypeDesc* AsnFindType(const AsnModuleDesc* const* modules, const char* name) {
+    for (; *modules; ++modules)
+        for (const AsnTypeDesc* const* t = (*modules)->types; *t; ++t)
+            if (std::strcmp((*t)->name, name) == 0)
+                return *t;
+    return nullptr;
+}
+
+const AsnListTypeDesc* AsnListDescOf(const AsnType& list) {
+    const AsnTypeDesc* d = AsnResolved(list._getdesc());
+    return d && d->type == AsnTypeDesc::SET_OF ? static_cast<const AsnListTypeDesc*>(d) : nullptr;
+}
