@@ -1,50 +1,93 @@
-// Small pieces the two emitters share.
+// How the emitters write text: templates with named holes, filled from the
+// model. Every shape writes its class into two texts at once, the
+// declaration into the header and the definitions into the source, so
+// that a pattern's two halves are one edit.
 #pragma once
 
-#include <cstdio>
-#include <sstream>
+#include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "model.h"
 
 namespace zolc {
 
+// The values of a template's holes: `$name` (or `${name}` where letters
+// follow) stands for the value of `name`.
+using Vars = std::vector<std::pair<std::string, std::string>>;
+
+// `text` with every `$name` replaced; a hole without a value is a bug of
+// the compiler and aborts.
+std::string Fill(const char* text, const Vars& vars);
+
+// The texts of `each` filled once for every member, with the holes of
+// `vars` and those of the member (MemberVars), joined. The second form
+// lets the member's model choose the text.
+std::string ForMembers(const char* each, const TypeModel& c, const Vars& vars);
+std::string ForMembers(const TypeModel& c, const Vars& vars,
+                       const std::function<std::string(const MemberModel&, const Vars&)>& each);
+
+// `text` with every line that is not empty moved four blanks right.
+std::string Indented(const std::string& text);
+
+// The holes every template of a class may use: $T the class, $M the
+// module's descriptor, $E the element or base class, the failure codes.
+Vars ClassVars(const TypeModel& c);
+
+// The holes of one member: $name, $cls its class, $m the member as the
+// class's code reaches it (always through this->, so that no local or
+// parameter of the generated code can hide it), $at $m followed by -> or .,
+// $cid its id constant, $text its schema line, $octets, $mtag, $inner,
+// $id, $optional, $last, $missing, $explicitCode, $accepts the test of
+// `tag`, $encode the expression that writes it.
+Vars MemberVars(const MemberModel& m);
+
+// A class as its two halves: its declaration for the header, its member
+// definitions for the source.
+struct ClassText {
+    std::string header;
+    std::string source;
+
+    // A concept whose declaration and definition are written together.
+    void Both(const char* decl, const char* defn, const Vars& vars) {
+        header += Fill(decl, vars);
+        source += Fill(defn, vars);
+    }
+};
+
+// Each shape of class, in emit_<shape>.cpp.
+ClassText EmitSequence(const TypeModel& c);
+ClassText EmitChoice(const TypeModel& c);
+ClassText EmitList(const TypeModel& c);
+ClassText EmitAlias(const TypeModel& c);
+ClassText EmitNames(const TypeModel& c);  // enumerations and named bits
+
 // A tag word as a C++ constant.
-inline std::string TagConst(uint32_t tag) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "0x%08Xu", tag);
-    return buf;
-}
+std::string TagConst(uint32_t tag);
 
-// The descriptor object of a member's class.
-inline std::string DescOf(const MemberModel& m) { return "&" + m.className + "::_desc"; }
+// The test of `tag` against the tags a member takes.
+std::string AcceptsTest(const MemberModel& m);
 
-// Integers, enumerations, booleans, reals and nulls have short content,
-// whose length is one raw octet.
-inline bool ShortContent(Kind k) {
-    return k == Kind::Int || k == Kind::Enum || k == Kind::Bool || k == Kind::Real || k == Kind::Null;
-}
+// The expression that writes a member's element, reached through `at`
+// ("this->x." or "this->x->"), as its form and tags decide.
+std::string EncodeExpr(const MemberModel& m, const std::string& at);
 
-// Strings and bit strings also arrive in constructed form.
-inline bool TakesConstructed(Kind k) { return k == Kind::Octs || k == Kind::Bits; }
+// The shared declarations of the value classes' codec and printer.
+extern const char* const kEncodeDecls;
+extern const char* const kDecodeDecls;
+extern const char* const kPrintDecls;
+// The whole decoder of a sequence or list: its own tag, then its content.
+extern const char* const kDecodeWhole;
 
-// A member as generated code names it: members that share a name with a
-// parameter or local of the generated functions are reached through this.
-inline std::string Mem(const std::string& name) {
-    static const char* const locals[] = {"b", "tag", "len", "env", "elmtLen", "seqBytes", "bytesDecoded",
-                                         "o", "os", "name", "create", "outerLen", "anySet", "id"};
-    for (const char* l : locals)
-        if (name == l)
-            return "this->" + name;
-    return name;
-}
+// The statement of a merge that brings the member from `o`, as its merge
+// rule decides; empty for an alternative that holds nothing.
+std::string MergeStatement(const MemberModel& m, const Vars& v);
+
+// A member's declaration padded to `column`, then the comment that echoes
+// its schema line.
+std::string MemberLine(const std::string& decl, const MemberModel& m, size_t column);
 
 inline std::string ModuleDescName(const std::string& module) { return module + "Module"; }
-
-// The last path component of a stem, for guards and comments.
-inline std::string BaseName(const std::string& stem) {
-    size_t slash = stem.rfind('/');
-    return slash == std::string::npos ? stem : stem.substr(slash + 1);
-}
 
 }  // namespace zolc

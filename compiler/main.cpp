@@ -91,13 +91,15 @@ int main(int argc, char** argv) {
     for (const zolc::ModuleModel& m : schema.modules) {
         if (!emitted.count(m.name))
             continue;
-        Write(outDir + "/" + m.stem + ".h", zolc::EmitHeader(schema, m));
-        Write(outDir + "/" + m.stem + ".cpp", zolc::EmitSource(schema, m));
+        zolc::Emitted text = zolc::EmitModule(m);
+        Write(outDir + "/" + m.stem + ".h", text.header);
+        Write(outDir + "/" + m.stem + ".cpp", text.source);
         listed.modules.push_back(m);
     }
     if (!index.empty()) {
-        Write(outDir + "/" + index + ".h", zolc::EmitModulesHeader(listed));
-        Write(outDir + "/" + index + ".cpp", zolc::EmitModulesSource(listed, index));
+        zolc::Emitted text = zolc::EmitIndex(listed, index);
+        Write(outDir + "/" + index + ".h", text.header);
+        Write(outDir + "/" + index + ".cpp", text.source);
     }
     return 0;
 }

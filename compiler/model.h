@@ -1,6 +1,8 @@
-// The resolved model of every type: what each class is, how each member is
-// stored, which tags it takes and which failure codes it owns. Built once
-// by the resolver; the emitters only print it.
+// The resolved model of every type: what each class is, and for each member
+// every decision the generated code carries out (how it is stored, which
+// tags it takes, how it is written, copied, merged and printed, and which
+// failure codes it owns). Built once by the resolver; the emitters only
+// print it.
 #pragma once
 
 #include <cstdint>
@@ -15,43 +17,79 @@ namespace zolc {
 // What a type is at the end of its alias chain.
 enum class Kind { Int, Enum, Bool, Real, Null, Octs, Bits, Seq, Choice, List };
 
-struct ClassModel;
+struct TypeModel;
 
 struct MemberModel {
+    // How the member's element is written.
+    enum class Encode {
+        Tlv,         // short content: the whole element in one step
+        ContentLen,  // the content, then its length and tag in front of it
+        Choice,      // a CHOICE writes its own element
+        Empty,       // an empty sequence alternative: a zero length under its tag, no object
+    };
+    // How merging a value into the owner treats the member.
+    enum class Merge {
+        Assign,  // embedded: the source's value replaces it
+        Leaf,    // pointer to a leaf: a set source replaces it
+        Deep,    // pointer to a sequence or choice: a set source is merged into it
+        None,    // an empty sequence alternative holds nothing to copy or merge
+    };
+    // What a sequence's decoder does after the member.
+    enum class Next {
+        ReadTag,     // read the tag of the next member
+        TailMayEnd,  // the sequence may end here; otherwise read the next tag
+        End,         // the last member: the sequence's end follows
+    };
+    // What a sequence's printer writes before the member.
+    enum class Separator {
+        None,           // the row before ended its own line
+        IfSet,          // a set optional member ends the line before it
+        IfSetAfterAny,  // the same, when some member before it was set
+    };
+
     std::string name;
     std::string className;    // the class of the member's own type
-    const ClassModel* type;   // its class model, null for a universal class
+    const TypeModel* type;    // its type model, null for a universal class
     Kind kind;                // resolved kind
     bool optional = false;
     bool pointer = false;     // owned pointer rather than embedded value
     bool explicitPair = false;
     uint32_t tag = 0;         // tag word on the wire (outer tag of an explicit pair)
     uint32_t innerTag = 0;    // explicit pair: the universal tag inside
+    // The tag words the member's element may arrive with; empty for an
+    // untagged CHOICE, whose own alternatives decide.
+    std::vector<uint32_t> accepts;
+    Encode encode = Encode::Tlv;
+    Merge merge = Merge::Assign;
+    Next next = Next::End;
+    Separator separator = Separator::None;
+    bool last = false;        // the last row: its printed line ends without a comma
+    bool noteSet = false;     // the printer remembers whether this row was set
     std::string tagOctets;    // the identifier octets as hex text, for comments
-    bool emptySeq = false;    // the type is an empty sequence (a choice's `null`)
     int missingCode = 0;      // required row: tag did not match
     int explicitCode = 0;     // explicit pair: inner tag did not match
     long id = 0;              // choice alternative: its id
     std::string text;         // the schema line, echoed in comments
 };
 
-struct ClassModel {
+struct TypeModel {
     enum Shape { Sequence, Choice, List, Alias, Enum, NamedBits } shape;
     std::string name;
     std::string module;
     std::string comment;
     Where where;
     Kind kind;                       // resolved kind of the class itself
+    uint32_t tag = 0;                // the class's own tag word: sequences and lists
 
     // Sequence and choice.
     std::vector<MemberModel> members;
-    size_t tailStart = 0;            // first row of the trailing optional run
     bool allOptional = false;
     bool hasPointer = false;
+    bool tracksSet = false;          // the printer remembers whether a member was set
 
     // List: the element class. Alias: the direct base class.
     std::string baseClass;
-    const ClassModel* base = nullptr;  // null when the base is a universal class
+    const TypeModel* base = nullptr;  // null when the base is a universal class
 
     // Enumerations and named bits.
     std::vector<TypeExpr::Named> names;
@@ -71,23 +109,25 @@ struct ModuleModel {
     std::string path;              // e.g. messages/zolorder.asn
     std::string stem;              // e.g. messages/zolorder
     std::vector<std::string> imports;  // modules whose headers are needed
-    std::vector<ClassModel*> classes;  // definition order
+    std::vector<TypeModel*> classes;   // definition order
 };
 
 struct Schema {
     std::vector<ModuleModel> modules;            // in dependency order
-    std::vector<std::unique_ptr<ClassModel>> store;
+    std::vector<std::unique_ptr<TypeModel>> store;
 };
 
 Schema Resolve(std::vector<Module>& modules);
 
-// Emitters: the header and the source of one module, and the list of all.
-std::string EmitHeader(const Schema& schema, const ModuleModel& m);
-std::string EmitSource(const Schema& schema, const ModuleModel& m);
-std::string EmitModulesHeader(const Schema& schema);
-std::string EmitModulesSource(const Schema& schema, const std::string& indexStem);
+// The header and the source of one module, and of the list of all modules.
+struct Emitted {
+    std::string header;
+    std::string source;
+};
+Emitted EmitModule(const ModuleModel& m);
+Emitted EmitIndex(const Schema& schema, const std::string& indexStem);
 
-// Helpers the emitters share.
+// The identifier octets of a tag word as hex text, for comments.
 std::string HexTag(uint32_t tag);
 const char* KindText(Kind k);
 

@@ -1,11 +1,14 @@
 // Builds the model of every type once: alias chains followed to their end,
-// member storage, accepted tags, the trailing optional run and the failure
-// codes, numbered per module from -100 downward in definition order.
+// and every decision about a member that the generated code carries out:
+// storage, accepted tags, how it is written, merged and printed, what the
+// decoder does after it, and the failure codes, numbered per module from
+// AsnFirstGeneratedCode downward in definition order.
 #include <functional>
 #include <map>
 #include <set>
 
 #include "model.h"
+#include "zol/ber/asn_constants.h"
 
 namespace zolc {
 
@@ -53,35 +56,56 @@ void CheckCppName(const Where& where, const std::string& name, const char* what)
 
 uint32_t UniversalTag(Kind k) {
     switch (k) {
-    case Kind::Int: return 0x02000000u;
-    case Kind::Enum: return 0x0A000000u;
-    case Kind::Bool: return 0x01000000u;
-    case Kind::Real: return 0x09000000u;
-    case Kind::Null: return 0x05000000u;
-    case Kind::Octs: return 0x04000000u;
-    case Kind::Bits: return 0x03000000u;
-    case Kind::Seq: return 0x30000000u;
-    case Kind::List: return 0x31000000u;
+    case Kind::Int: return AsnIntegerTag;
+    case Kind::Enum: return AsnEnumeratedTag;
+    case Kind::Bool: return AsnBooleanTag;
+    case Kind::Real: return AsnRealTag;
+    case Kind::Null: return AsnNullTag;
+    case Kind::Octs: return AsnOctetStringTag;
+    case Kind::Bits: return AsnBitStringTag;
+    case Kind::Seq: return AsnSequenceTag;
+    case Kind::List: return AsnSetTag;
     case Kind::Choice: return 0;
     }
     return 0;
 }
 
-// A context-specific tag as its identifier octets, left-justified.
+// A context-specific tag as its identifier octets, left-justified: the
+// number in the first octet, or in one or two octets after a first one
+// whose number bits are all set.
 uint32_t ContextTag(const Where& where, long number, bool constructed) {
-    uint32_t first = constructed ? 0xA0u : 0x80u;
+    const uint32_t context = 0x80000000u, longForm = 0x1F000000u, more = 0x80u;
+    uint32_t first = context | (constructed ? AsnConstructedBit : 0);
     if (number < 0)
         SchemaError(where, "a tag number cannot be negative");
     if (number < 31)
-        return (first | uint32_t(number)) << 24;
+        return first | uint32_t(number) << 24;
     if (number < 128)
-        return (first | 0x1Fu) << 24 | uint32_t(number) << 16;
+        return first | longForm | uint32_t(number) << 16;
     if (number < 16384)
-        return (first | 0x1Fu) << 24 | (0x80u | uint32_t(number >> 7)) << 16 | uint32_t(number & 0x7F) << 8;
+        return first | longForm | (more | uint32_t(number >> 7)) << 16 | uint32_t(number & 0x7F) << 8;
     SchemaError(where, "tag number " + std::to_string(number) + " is too large for three octets");
 }
 
 bool Constructed(Kind k) { return k == Kind::Seq || k == Kind::List || k == Kind::Choice; }
+
+// Integers, enumerations, booleans, reals and nulls have short content,
+// whose length is one raw octet: the whole element is written in one step.
+bool ShortContent(Kind k) {
+    return k == Kind::Int || k == Kind::Enum || k == Kind::Bool || k == Kind::Real || k == Kind::Null;
+}
+
+// The tags a member takes: strings and bit strings also arrive in
+// constructed form; an untagged CHOICE takes what its alternatives take.
+std::vector<uint32_t> Accepts(const MemberModel& r) {
+    if (r.explicitPair)
+        return {r.tag};
+    if (r.kind == Kind::Choice)
+        return {};
+    if (r.kind == Kind::Octs || r.kind == Kind::Bits)
+        return {r.tag, r.tag | AsnConstructedBit};
+    return {r.tag};
+}
 
 const char* UniversalClass(TypeExpr::Kind k, Kind* kind) {
     *kind = Kind::Int;
@@ -118,7 +142,7 @@ private:
     struct Entry {
         Module* module;
         TypeAssignment* type;
-        ClassModel* model;
+        TypeModel* model;
         int state = 0;  // 0 unvisited, 1 resolving, 2 done
     };
 
@@ -133,8 +157,8 @@ private:
                     SchemaError(t.where, "type " + t.name + " is already defined at " +
                                              found->second.type->where.file + ":" +
                                              std::to_string(found->second.type->where.line));
-                schema_.store.emplace_back(new ClassModel());
-                ClassModel* c = schema_.store.back().get();
+                schema_.store.emplace_back(new TypeModel());
+                TypeModel* c = schema_.store.back().get();
                 c->name = t.name;
                 c->module = m.name;
                 c->comment = t.comment;
@@ -176,17 +200,17 @@ private:
         if (e.state == 1)
             SchemaError(t.where, "type " + t.name + " is defined in terms of itself");
         e.state = 1;
-        ClassModel* c = e.model;
+        TypeModel* c = e.model;
         const TypeExpr& x = t.type;
         Kind universal = Kind::Int;
         switch (x.kind) {
-        case TypeExpr::Sequence: c->shape = ClassModel::Sequence; c->kind = Kind::Seq; break;
-        case TypeExpr::Choice: c->shape = ClassModel::Choice; c->kind = Kind::Choice; break;
-        case TypeExpr::SetOf: c->shape = ClassModel::List; c->kind = Kind::List; break;
-        case TypeExpr::Enumerated: c->shape = ClassModel::Enum; c->kind = Kind::Enum; break;
+        case TypeExpr::Sequence: c->shape = TypeModel::Sequence; c->kind = Kind::Seq; c->tag = AsnSequenceTag; break;
+        case TypeExpr::Choice: c->shape = TypeModel::Choice; c->kind = Kind::Choice; break;
+        case TypeExpr::SetOf: c->shape = TypeModel::List; c->kind = Kind::List; c->tag = AsnSetTag; break;
+        case TypeExpr::Enumerated: c->shape = TypeModel::Enum; c->kind = Kind::Enum; break;
         case TypeExpr::Ref: {
             Entry& base = Lookup(m, x.refName, x.where);
-            c->shape = ClassModel::Alias;
+            c->shape = TypeModel::Alias;
             c->kind = KindOf(*base.module, *base.type);
             c->baseClass = base.model->name;
             c->base = base.model;
@@ -194,10 +218,10 @@ private:
         }
         default:
             if (x.kind == TypeExpr::BitString && !x.names.empty()) {
-                c->shape = ClassModel::NamedBits;
+                c->shape = TypeModel::NamedBits;
                 c->kind = Kind::Bits;
             } else {
-                c->shape = ClassModel::Alias;
+                c->shape = TypeModel::Alias;
                 c->baseClass = UniversalClass(x.kind, &universal);
                 c->kind = universal;
             }
@@ -212,20 +236,23 @@ private:
         r.text = mm.text;
         r.optional = mm.optional;
         CheckCppName(mm.where, mm.name, inChoice ? "alternative name" : "member name");
+        bool emptySeq = false;  // the type is an empty sequence (a choice's `null`)
         if (mm.type.kind == TypeExpr::Ref) {
             Entry& e = Lookup(m, mm.type.refName, mm.type.where);
             r.className = e.model->name;
             r.type = e.model;
             r.kind = e.model->kind;
-            const ClassModel* end = e.model;
-            while (end->shape == ClassModel::Alias && end->base)
+            const TypeModel* end = e.model;
+            while (end->shape == TypeModel::Alias && end->base)
                 end = end->base;
-            r.emptySeq = end->IsEmptySequence();
+            emptySeq = end->IsEmptySequence();
         } else {
             r.className = UniversalClass(mm.type.kind, &r.kind);
             r.type = nullptr;
         }
-        r.pointer = r.optional || r.kind == Kind::Seq || r.kind == Kind::Choice;
+        // A choice holds its alternatives by pointer in a union; a sequence
+        // holds optional rows and composites by pointer, the rest embedded.
+        r.pointer = inChoice || r.optional || r.kind == Kind::Seq || r.kind == Kind::Choice;
         if (r.kind == Kind::List && r.optional)
             SchemaError(mm.where, "a list member cannot be OPTIONAL: lists are held by value");
 
@@ -249,23 +276,43 @@ private:
         r.tagOctets = HexTag(r.tag);
         if (r.explicitPair && r.innerTag)
             r.tagOctets += " " + HexTag(r.innerTag);
+        r.accepts = Accepts(r);
+
+        bool emptyAlternative = inChoice && emptySeq;
+        if (emptyAlternative)
+            r.encode = MemberModel::Encode::Empty;
+        else if (r.kind == Kind::Choice)
+            r.encode = MemberModel::Encode::Choice;
+        else if (ShortContent(r.kind))
+            r.encode = MemberModel::Encode::Tlv;
+        else
+            r.encode = MemberModel::Encode::ContentLen;
+
+        if (emptyAlternative)
+            r.merge = MemberModel::Merge::None;
+        else if (!r.pointer)
+            r.merge = MemberModel::Merge::Assign;
+        else if (r.kind == Kind::Seq || r.kind == Kind::Choice)
+            r.merge = MemberModel::Merge::Deep;
+        else
+            r.merge = MemberModel::Merge::Leaf;
         return r;
     }
 
     void BuildClass(Module& m, TypeAssignment& t) {
-        ClassModel* c = byName_[t.name].model;
+        TypeModel* c = byName_[t.name].model;
         CheckCppName(t.where, t.name, "type name");
         switch (c->shape) {
-        case ClassModel::Sequence:
-        case ClassModel::Choice: {
+        case TypeModel::Sequence:
+        case TypeModel::Choice: {
             std::set<std::string> names;
             std::map<uint32_t, std::string> tags;
             std::map<long, std::string> ids;
             for (const TypeExpr::Member& mm : t.type.members) {
                 if (!names.insert(mm.name).second)
                     SchemaError(mm.where, "'" + mm.name + "' is already a member of " + t.name);
-                MemberModel r = Member(m, mm, c->shape == ClassModel::Choice);
-                if (c->shape == ClassModel::Choice) {
+                MemberModel r = Member(m, mm, c->shape == TypeModel::Choice);
+                if (c->shape == TypeModel::Choice) {
                     // The class holds `choiceId` and names each id `<alternative>Cid`.
                     if (mm.name == "choiceId")
                         SchemaError(mm.where, "alternative name 'choiceId' is the member that holds the id");
@@ -283,14 +330,11 @@ private:
                 c->hasPointer = c->hasPointer || r.pointer;
                 c->members.push_back(r);
             }
-            size_t tail = c->members.size();
-            while (tail > 0 && c->members[tail - 1].optional)
-                --tail;
-            c->tailStart = tail;
-            c->allOptional = tail == 0 && !c->members.empty();
+            if (c->shape == TypeModel::Sequence)
+                PlaceRows(c);
             break;
         }
-        case ClassModel::List: {
+        case TypeModel::List: {
             Entry& e = Lookup(m, t.type.refName, t.type.where);
             if (e.model->kind != Kind::Seq)
                 SchemaError(t.type.where, "the elements of a SET OF must be a SEQUENCE type");
@@ -298,8 +342,8 @@ private:
             c->base = e.model;
             break;
         }
-        case ClassModel::Enum:
-        case ClassModel::NamedBits: {
+        case TypeModel::Enum:
+        case TypeModel::NamedBits: {
             std::set<std::string> names;
             std::map<long, std::string> values;
             for (const TypeExpr::Named& n : t.type.names) {
@@ -308,26 +352,51 @@ private:
                     SchemaError(n.where, "name '" + n.name + "' clashes with a member of the value class");
                 if (!names.insert(n.name).second)
                     SchemaError(n.where, "name '" + n.name + "' is given twice");
-                if (c->shape == ClassModel::NamedBits && n.value < 0)
+                if (c->shape == TypeModel::NamedBits && n.value < 0)
                     SchemaError(n.where, "a bit position cannot be negative");
                 if (!values.emplace(n.value, n.name).second)
-                    SchemaError(n.where, std::string(c->shape == ClassModel::NamedBits ? "bit " : "value ") +
+                    SchemaError(n.where, std::string(c->shape == TypeModel::NamedBits ? "bit " : "value ") +
                                              std::to_string(n.value) + " is already that of '" + values[n.value] + "'");
             }
             c->names = t.type.names;
             break;
         }
-        case ClassModel::Alias:
+        case TypeModel::Alias:
             break;
         }
     }
 
+    // The decisions that follow from a row's place in its sequence: the
+    // rows of the trailing optional run may each end the sequence and
+    // print their separator only when set.
+    static void PlaceRows(TypeModel* c) {
+        size_t n = c->members.size();
+        size_t tail = n;
+        while (tail > 0 && c->members[tail - 1].optional)
+            --tail;
+        c->allOptional = tail == 0 && n > 0;
+        c->tracksSet = c->allOptional && n > 1;
+        for (size_t i = 0; i < n; ++i) {
+            MemberModel& r = c->members[i];
+            r.last = i + 1 == n;
+            if (r.last)
+                r.next = MemberModel::Next::End;
+            else if (i + 1 >= tail)
+                r.next = MemberModel::Next::TailMayEnd;
+            else
+                r.next = MemberModel::Next::ReadTag;
+            if (i >= tail && i > 0)
+                r.separator = c->allOptional ? MemberModel::Separator::IfSetAfterAny : MemberModel::Separator::IfSet;
+            r.noteSet = c->tracksSet && !r.last;
+        }
+    }
+
     void NumberCodes(Module& m) {
-        int next = -100;
+        int next = AsnFirstGeneratedCode;
         for (TypeAssignment& t : m.types) {
-            ClassModel* c = byName_[t.name].model;
+            TypeModel* c = byName_[t.name].model;
             switch (c->shape) {
-            case ClassModel::Sequence:
+            case TypeModel::Sequence:
                 if (c->members.empty()) {
                     c->emptyCode = next--;
                 } else {
@@ -341,10 +410,10 @@ private:
                 }
                 c->wrongTagCode = next--;
                 break;
-            case ClassModel::Choice:
+            case TypeModel::Choice:
                 c->choiceCode = next--;
                 break;
-            case ClassModel::List:
+            case TypeModel::List:
                 c->wrongTagCode = next--;
                 c->listElmtCode = next--;
                 break;

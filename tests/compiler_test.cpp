@@ -1,9 +1,7 @@
 // zolc against small modules: each schema error names its file and line
-// with the exact text, and a good module comes out as the header and source
-// of its own classes only.
+// with the exact text.
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -155,72 +153,6 @@ TEST_F(Zolc, ErrorsBetweenModules) {
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "sub/none.asn:0: error: cannot read the file\n");
     EXPECT_EQ(Zolc_("").status, 2);
-}
-
-// A module that imports, with a sequence, a choice, a list and an
-// enumeration: only its own files are written, each class is declared with
-// its storage, and the failure codes count down in definition order. A run
-// that would write the same text leaves the files alone.
-TEST_F(Zolc, GoodModuleEndToEnd) {
-    std::string file = Module("good",
-                              "GOOD DEFINITIONS IMPLICIT TAGS ::=\n"
-                              "BEGIN\n"
-                              "IMPORTS AsnTextStr, AsnSequenceContext FROM COMMONTYPES;\n"
-                              "-- Colours.\n"
-                              "Colour ::= ENUMERATED { red(1), green(2) }\n"
-                              "Item ::= SEQUENCE {\n"
-                              "    ctx         AsnSequenceContext,\n"
-                              "    name        [1] AsnTextStr,\n"
-                              "    colour      Colour OPTIONAL\n"
-                              "}\n"
-                              "Items ::= SET OF Item\n"
-                              "Pick ::= CHOICE {\n"
-                              "    item        [0] Item,\n"
-                              "    many        [200] Items\n"
-                              "}\n"
-                              "END\n");
-    Ran run = Zolc_("-i " + commonTypes_ + " " + file + " --index idx");
-    ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.err, "");
-    std::string h = Slurp(dir_ + "/out/sub/good.h");
-    std::string cpp = Slurp(dir_ + "/out/sub/good.cpp");
-    struct stat st;
-    EXPECT_NE(stat((dir_ + "/out/zol/values/commontypes.h").c_str(), &st), 0) << "an -i module was emitted";
-
-    for (const char* piece : {
-             "#include \"zol/values/commontypes.h\"\n",
-             "extern const AsnModuleDesc GOODModule;\n",
-             "// Colours.\n// Colour ::= ENUMERATED\nclass Colour : public AsnEnum {\n",
-             "        red = 1,\n        green = 2,\n",
-             "    AsnSequenceContext* ctx;                    // ctx AsnSequenceContext  -- 30\n",
-             "    AsnTextStr name;                            // name [1] AsnTextStr  -- 81\n",
-             "    Colour* colour;                             // colour Colour OPTIONAL  -- 0A\n",
-             "class Items : public AsnType {\n",
-             "        manyCid = 200,\n",
-             "        Items* many;                                // many [200] Items  -- BF 81 48\n",
-         })
-        EXPECT_NE(h.find(piece), std::string::npos) << piece;
-    for (const char* piece : {
-             "AsnDecodeFail(env, -100, AsnMissingElmtText);",  // ctx
-             "AsnDecodeFail(env, -101, AsnMissingElmtText);",  // name
-             "AsnSeqEnd(b, elmtLen, seqBytes, bytesDecoded, env, -102);",
-             "\"Item::BDec: ERROR - wrong tag\"",
-             "if (!(tag == 0x81000000u || tag == 0xA1000000u))",  // a string member in either form
-             "AsnDecodeFail(env, -105, AsnUnexpectedTagText);",  // Items' elements
-             "AsnDecodeFail(env, -106, AsnChoiceTagText);",
-             "const AsnModuleDesc GOODModule = {\"GOOD\", GOODTypes};",
-         })
-        EXPECT_NE(cpp.find(piece), std::string::npos) << piece;
-    EXPECT_NE(Slurp(dir_ + "/out/idx.cpp").find("    &GOODModule,\n    nullptr,\n"), std::string::npos);
-
-    // Unchanged text is not written again.
-    struct stat before, after;
-    ASSERT_EQ(stat((dir_ + "/out/sub/good.h").c_str(), &before), 0);
-    struct timespec old[2] = {{1000, 0}, {1000, 0}};
-    utimensat(AT_FDCWD, (dir_ + "/out/sub/good.h").c_str(), old, 0);
-    ASSERT_EQ(Zolc_("-i " + commonTypes_ + " " + file).status, 0);
-    ASSERT_EQ(stat((dir_ + "/out/sub/good.h").c_str(), &after), 0);
-    EXPECT_EQ(after.st_mtime, 1000);
 }
 
 }  // namespace

@@ -1,0 +1,120 @@
+// Aliases, enumerations and named bits: classes that derive from the class
+// they rename and add their descriptor, and their names as constants.
+#include "emit.h"
+
+namespace zolc {
+
+ClassText EmitAlias(const TypeModel& c) {
+    Vars v = ClassVars(c);
+    v.emplace_back("B", c.baseClass);
+    ClassText t;
+    t.header = Fill("struct $T : public $B {\n    $T() {}\n", v);
+    // An alias takes what its base is made from: text, a number or a flag.
+    if (c.kind == Kind::Octs) {
+        t.header += Fill(R"(    $T(const char* str) : $B(str) {}
+    $T(const char* str, size_t len) : $B(str, len) {}
+    $T(const $B& o) : $B(o) {}
+    $T(const $T& o) : $B(o) {}
+    $T& operator=(const $T& o) {
+        ReSet(o);
+        return *this;
+    }
+    $T& operator=(const char* str) {
+        ReSet(str);
+        return *this;
+    }
+)",
+                         v);
+    } else {
+        bool number = c.kind == Kind::Int || c.kind == Kind::Enum || c.kind == Kind::Bool;
+        v.emplace_back("V", c.kind == Kind::Bool ? "bool" : "int32_t");
+        t.header += Fill(number ? "    $T($V v) : $B(v) {}\n" : "", v) + Fill(R"(    $T(const $T& o) : $B(o) {}
+    $T& operator=(const $T& o) {
+        $B::operator=(o);
+        return *this;
+    }
+)",
+                                                                              v) +
+                    Fill(number ? "    using $B::operator=;\n" : "", v);
+    }
+    t.Both(R"(    ~$T() override;
+    AsnType* Clone() const override;
+    const AsnTypeDesc* _getdesc() const override;
+
+    static const AsnAliasTypeDesc _desc;
+};
+)",
+           R"($T::~$T() {}
+AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
+const AsnAliasTypeDesc $T::_desc(&$M, "$T", false, AsnTypeDesc::ALIAS, AsnCreate<$T>, &$B::_desc);
+)",
+           v);
+    return t;
+}
+
+ClassText EmitNames(const TypeModel& c) {
+    Vars v = ClassVars(c);
+    bool isEnum = c.shape == TypeModel::Enum;
+    std::string names, descs;
+    for (const TypeExpr::Named& n : c.names) {
+        Vars nv = {{"name", n.name}, {"value", std::to_string(n.value)}};
+        names += Fill("        $name = $value,\n", nv);
+        descs += Fill("    {\"$name\", $value},\n", nv);
+    }
+    v.insert(v.end(), {{"names", names}, {"nmdescs", descs}});
+    ClassText t;
+    if (isEnum)
+        t.header = Fill(R"(class $T : public AsnEnum {
+public:
+    enum : int32_t {
+$names    };
+
+    $T() {}
+    $T(int32_t v) : AsnEnum(v) {}
+    $T(const $T& o) : AsnEnum(o) {}
+    $T& operator=(const $T& o) {
+        AsnEnum::operator=(o);
+        return *this;
+    }
+    using AsnEnum::operator=;
+)",
+                        v);
+    else
+        t.header = Fill(R"(class $T : public AsnBits {
+public:
+    enum : int32_t {
+$names    };
+
+    $T() {}
+    explicit $T(size_t numBits) : AsnBits(numBits) {}
+    $T(const char* bitOcts, size_t numBits) : AsnBits(bitOcts, numBits) {}
+    $T(const AsnBits& b) : AsnBits(b) {}
+    $T(const $T& b) : AsnBits(b) {}
+    $T& operator=(const $T& b) {
+        AsnBits::operator=(b);
+        return *this;
+    }
+)",
+                        v);
+    v.insert(v.end(), {{"D", isEnum ? "AsnEnumTypeDesc" : "AsnNamesTypeDesc"},
+                       {"K", isEnum ? "ENUMERATED" : "BIT_STRING"}});
+    t.Both(R"(    ~$T() override;
+    const AsnTypeDesc* _getdesc() const override;
+
+    static const $D _desc;
+    static const AsnNameDesc _nmdescs[];
+};
+)",
+           R"($T::~$T() {}
+const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
+const AsnNameDesc $T::_nmdescs[] = {
+$nmdescs    {nullptr, -1},
+};
+const $D $T::_desc(&$M, "$T", false, AsnTypeDesc::$K, AsnCreate<$T>, $T::_nmdescs);
+)",
+           v);
+    return t;
+}
+
+}  // namespace zolc

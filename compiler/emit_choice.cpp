@@ -1,0 +1,224 @@
+// A CHOICE: the ids and the union of its alternatives, construction, copy
+// and merge, its encoder and decoder, which switch on the alternative, its
+// printer, its by-name access and its descriptor.
+#include "emit.h"
+
+namespace zolc {
+
+namespace {
+
+using Alt = MemberModel;
+
+// The decoding of an alternative once its tag matched.
+std::string DecodeAlt(const Alt& m, const Vars& v) {
+    std::string cases;
+    for (uint32_t tag : m.accepts)
+        cases += (cases.empty() ? "    case " : ":\n    case ") + TagConst(tag);
+    std::string out = cases + Fill(R"(:  // $text
+        choiceId = $cid;
+        $m = new $cls;
+)", v);
+    // An alternative that is itself a choice is wrapped in its own tag.
+    if (m.explicitPair)
+        out += Fill(R"(        {
+            AsnTag innerTag = BDecTag(b, bytesDecoded, env);
+            AsnLen innerLen = BDecLen(b, bytesDecoded, env);
+            ${at}BDecContent(b, innerTag, innerLen, bytesDecoded, env);
+        }
+        if (elmtLen == IndefiniteLen)
+            BDecEoc(b, bytesDecoded, env);
+)", v);
+    else
+        out += Fill("        ${at}BDecContent(b, tag, elmtLen, bytesDecoded, env);\n", v);
+    return out + "        break;\n";
+}
+
+}  // namespace
+
+ClassText EmitChoice(const TypeModel& c) {
+    Vars v = ClassVars(c);
+    v.emplace_back("first", c.members.front().name);
+    ClassText t;
+    t.header = Fill("class $T : public AsnType {\npublic:\n    enum ChoiceIdEnum : int32_t {\n", v) +
+               ForMembers("        $cid = $id,\n", c, v) +
+               "    };\n\n    int32_t choiceId;  // the alternative in force\n    union {\n" +
+               ForMembers(c, v, [](const Alt& m, const Vars&) {
+                   return MemberLine("        " + m.className + "* " + m.name + ";", m, 52);
+               }) +
+               "    };\n\n";
+
+    t.Both(R"(    $T();
+    $T(const $T& o);
+    ~$T() override;
+    void ConstructHelper();
+    AsnType* Clone() const override;
+)",
+           R"($T::$T() { ConstructHelper(); }
+
+$T::$T(const $T& o) : AsnType() {
+    ConstructHelper();
+    *this = o;
+}
+
+$T::~$T() { delete Current(); }
+
+void $T::ConstructHelper() {
+    choiceId = ${first}Cid;
+    this->$first = nullptr;
+}
+
+AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+
+)",
+           v);
+
+    // A copy selects the source's alternative and copies its value; a merge
+    // of the same alternative merges the values.
+    v.emplace_back("copies", ForMembers(c, v, [](const Alt& m, const Vars& mv) {
+                       return Fill("    case $cid:\n", mv) +
+                              (m.merge == Alt::Merge::None ? "" : Fill("        if (o.$name)\n            *$m = *o.$name;\n", mv)) +
+                              "        break;\n";
+                   }));
+    v.emplace_back("merges", ForMembers(c, v, [](const Alt& m, const Vars& mv) {
+                       return m.merge == Alt::Merge::None ? ""
+                                                           : Fill("    case $cid:\n", mv) + MergeStatement(m, mv) + "        break;\n";
+                   }));
+    t.Both(R"(    $T& operator=(const $T& o);
+    $T& operator|=(const $T& o);
+)",
+           R"($T& $T::operator=(const $T& o) {
+    if (this == &o)
+        return *this;
+    Select(o.choiceId);
+    switch (choiceId) {
+$copies    }
+    return *this;
+}
+
+$T& $T::operator|=(const $T& o) {
+    if (this == &o)
+        return *this;
+    if (choiceId != o.choiceId)
+        return *this = o;
+    switch (choiceId) {
+$merges    }
+    return *this;
+}
+
+)",
+           v);
+
+    v.emplace_back("encode", ForMembers("    case $cid:\n        return $encode;\n", c, v));
+    t.Both(kEncodeDecls, R"(AsnLen $T::BEncContent(AsnBuf& b) const {
+    switch (choiceId) {
+$encode    default:
+        return 0;
+    }
+}
+
+AsnLen $T::BEnc(AsnBuf& b) const { return BEncContent(b); }
+
+)",
+           v);
+
+    v.emplace_back("decode", ForMembers(c, v, DecodeAlt));
+    t.Both(kDecodeDecls, R"(void $T::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
+    switch (tag) {
+$decode    default:
+        AsnDecodeFail(env, $choiceCode, AsnChoiceTagText);
+    }
+}
+
+void $T::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
+    AsnTag tag = BDecTag(b, bytesDecoded, env);
+    AsnLen len = BDecLen(b, bytesDecoded, env);
+    BDecContent(b, tag, len, bytesDecoded, env);
+}
+
+)",
+           v);
+
+    v.emplace_back("print", ForMembers("    case $cid:\n        AsnPrintChoice(os, \"$name\", $m);\n        break;\n", c, v));
+    t.Both(kPrintDecls, R"(void $T::Print(std::ostream& os) const {
+    switch (choiceId) {
+$print    }
+}
+
+const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
+
+)",
+           v);
+
+    t.Both("    AsnType* _getref(const char* name, bool create = false) override;\n\n", R"(AsnType* $T::_getref(const char* name, bool create) {
+    int32_t id = _desc.choicebyname(name);
+    if (id < 0)
+        return nullptr;
+    if (id == choiceId)
+        return Current();
+    if (!create)
+        return nullptr;
+    Select(id);
+    return Current();
+}
+
+)",
+           v);
+
+    std::string accepts;
+    for (const Alt& m : c.members)
+        for (uint32_t tag : m.accepts)
+            accepts += "        case " + TagConst(tag) + ":\n";
+    v.emplace_back("accepts", accepts);
+    t.header += Fill(R"(    // Whether an element with this tag is one of the alternatives.
+    static bool AcceptsTag(AsnTag tag) {
+        switch (tag) {
+$accepts            return true;
+        default:
+            return false;
+        }
+    }
+
+)",
+                     v);
+
+    v.emplace_back("mdescs", ForMembers("    AsnChoiceMemberDesc(\"$name\", &${cls}::_desc, $id),\n", c, v));
+    t.Both(R"(    static const AsnChoiceTypeDesc _desc;
+    static const AsnChoiceMemberDesc _mdescs[];
+
+)",
+           R"(const AsnChoiceMemberDesc $T::_mdescs[] = {
+$mdescs    AsnChoiceMemberDesc(),
+};
+const AsnChoiceTypeDesc $T::_desc(&$M, "$T", false, AsnTypeDesc::CHOICE, AsnCreate<$T>, $T::_mdescs);
+)",
+           v);
+
+    v.emplace_back("current", ForMembers("    case $cid:\n        return $m;\n", c, v));
+    v.emplace_back("select", ForMembers("    case $cid:\n        $m = new $cls;\n        break;\n", c, v));
+    t.Both(R"(private:
+    // The value of the alternative in force, or null.
+    AsnType* Current() const;
+    // Deletes the value held and holds a new empty one of alternative `id`.
+    void Select(int32_t id);
+};
+)",
+           R"(
+AsnType* $T::Current() const {
+    switch (choiceId) {
+$current    default:
+        return nullptr;
+    }
+}
+
+void $T::Select(int32_t id) {
+    delete Current();
+    choiceId = id;
+    switch (id) {
+$select    }
+}
+)",
+           v);
+    return t;
+}
+
+}  // namespace zolc

@@ -1,0 +1,203 @@
+// A SEQUENCE: its members, construction, copy and merge, its straight-line
+// encoder and decoder, its printer, its by-name access and its descriptor.
+#include "emit.h"
+
+namespace zolc {
+
+namespace {
+
+using Row = MemberModel;
+
+// The decoding of one row whose tag is in `tag`, then of the next tag.
+std::string DecodeRow(const Row& m, const Vars& v) {
+    std::string body;
+    if (m.explicitPair)
+        body += Fill(R"(    AsnLen outerLen = BDecLen(b, seqBytes, env);
+    tag = BDecTag(b, seqBytes, env);
+    if (tag != $inner)
+        AsnDecodeFail(env, $explicitCode, AsnUnexpectedTagText);
+)", v);
+    body += Fill("    len = BDecLen(b, seqBytes, env);\n", v);
+    if (m.pointer)
+        body += Fill("    $m = new $cls;\n", v);
+    body += Fill("    ${at}BDecContent(b, tag, len, seqBytes, env);\n", v);
+    if (m.explicitPair)
+        body += "    if (outerLen == IndefiniteLen)\n        BDecEoc(b, seqBytes, env);\n";
+    switch (m.next) {
+    case Row::Next::ReadTag: body += "    tag = BDecTag(b, seqBytes, env);\n"; break;
+    case Row::Next::TailMayEnd:
+        body += "    if (AsnSeqTailEnds(b, elmtLen, seqBytes, bytesDecoded, tag, env))\n        return;\n";
+        break;
+    case Row::Next::End: break;
+    }
+
+    std::string row = Fill("\n    // $text  -- $octets\n", v);
+    if (m.optional)
+        return row + Fill("    if ($accepts) {\n", v) + Indented(body) + "    }\n";
+    row += Fill("    if (!($accepts))\n        AsnDecodeFail(env, $missing, AsnMissingElmtText);\n", v);
+    if (m.explicitPair)
+        return row + "    {\n" + Indented(body) + "    }\n";
+    return row + body;
+}
+
+std::string PrintRow(const Row& m, const Vars& v) {
+    std::string out;
+    if (m.separator == Row::Separator::IfSet)
+        out += Fill("    if ($m)\n        AsnPrintSeparator(os);\n", v);
+    if (m.separator == Row::Separator::IfSetAfterAny)
+        out += Fill("    if ($m && anySet)\n        AsnPrintSeparator(os);\n", v);
+    out += Fill("    AsnPrintMember(os, \"$name\", $m, $last);\n", v);
+    if (m.noteSet)
+        out += Fill("    anySet = anySet || $m;\n", v);
+    return out;
+}
+
+}  // namespace
+
+ClassText EmitSequence(const TypeModel& c) {
+    Vars v = ClassVars(c);
+    bool empty = c.members.empty();
+    ClassText t;
+    t.header = Fill("class $T : public AsnType {\npublic:\n", v) +
+               ForMembers(c, v, [](const Row& m, const Vars&) {
+                   return MemberLine("    " + m.className + (m.pointer ? "* " : " ") + m.name + ";", m, 48);
+               }) +
+               (empty ? "" : "\n");
+
+    v.emplace_back("delete", ForMembers(c, v, [](const Row& m, const Vars& mv) {
+                       return m.pointer ? Fill("    delete $m;\n", mv) : "";
+                   }));
+    v.emplace_back("clear", ForMembers(c, v, [](const Row& m, const Vars& mv) {
+                       return m.pointer ? Fill("    $m = nullptr;\n", mv) : "";
+                   }));
+    t.Both(R"(    $T();
+    $T(const $T& o);
+    ~$T() override;
+    void ConstructHelper();
+    AsnType* Clone() const override;
+)",
+           R"($T::$T() { ConstructHelper(); }
+
+$T::$T(const $T& o) : AsnType() {
+    ConstructHelper();
+    *this = o;
+}
+
+$T::~$T() {
+$delete}
+
+void $T::ConstructHelper() {
+$clear}
+
+AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+
+)",
+           v);
+
+    // Assignment makes a deep copy; the merge keeps what the source lacks.
+    v.emplace_back("assign", empty ? "    (void)o;\n"
+                                   : "    if (this != &o) {\n" +
+                                         ForMembers(c, v, [](const Row& m, const Vars& mv) {
+                                             return Fill(m.pointer ? "        AsnAssign($m, o.$name);\n"
+                                                                   : "        $m = o.$name;\n",
+                                                         mv);
+                                         }) +
+                                         "    }\n");
+    v.emplace_back("merge", !c.hasPointer ? "    return *this = o;\n"
+                                          : "    if (this != &o) {\n" + ForMembers(c, v, MergeStatement) +
+                                                "    }\n    return *this;\n");
+    t.Both(R"(    $T& operator=(const $T& o);
+    $T& operator|=(const $T& o);
+)",
+           R"($T& $T::operator=(const $T& o) {
+$assign    return *this;
+}
+
+$T& $T::operator|=(const $T& o) {
+$merge}
+
+)",
+           v);
+
+    // Rows are written last first, since the buffer grows towards the front.
+    std::string rows;
+    for (auto m = c.members.rbegin(); m != c.members.rend(); ++m) {
+        Vars mv = MemberVars(*m);
+        rows += Fill(m->optional ? "    // $text\n    if ($m)\n        len += $encode;\n"
+                                 : "    // $text\n    len += $encode;\n",
+                     mv);
+    }
+    v.emplace_back("encode", empty ? "    (void)b;\n    return 0;\n" : "    AsnLen len = 0;\n" + rows + "    return len;\n");
+    t.Both(kEncodeDecls, R"(AsnLen $T::BEncContent(AsnBuf& b) const {
+$encode}
+
+AsnLen $T::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), $tag); }
+
+)",
+           v);
+
+    std::string decode;
+    if (empty) {
+        decode = Fill("    AsnEmptySeqContent(b, elmtLen, bytesDecoded, env, $emptyCode);\n", v);
+    } else {
+        decode = "    AsnLen seqBytes = 0;\n    AsnLen len;\n";
+        if (c.allOptional)
+            decode += "    if (elmtLen == 0)\n        return;\n";
+        decode += "    AsnTag tag = BDecTag(b, seqBytes, env);\n";
+        if (c.allOptional)
+            decode += R"(    if (elmtLen == IndefiniteLen && tag == 0) {
+        BDecEocSecondOctet(b, seqBytes);
+        bytesDecoded += seqBytes;
+        return;
+    }
+)";
+        decode += ForMembers(c, v, DecodeRow) +
+                  Fill("\n    AsnSeqEnd(b, elmtLen, seqBytes, bytesDecoded, env, $discrepancyCode);\n", v);
+    }
+    v.emplace_back("decode", decode);
+    t.Both(kDecodeDecls, R"(void $T::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
+$decode}
+
+)",
+           v);
+    t.source += Fill(kDecodeWhole, v);
+
+    v.emplace_back("print", empty ? "    AsnPrintEmptySeq(os);\n"
+                                  : std::string("    AsnPrintOpen(os);\n") +
+                                        (c.tracksSet ? "    bool anySet = false;\n" : "") +
+                                        ForMembers(c, v, PrintRow) + "    AsnPrintClose(os);\n");
+    t.Both(kPrintDecls, R"(void $T::Print(std::ostream& os) const {
+$print}
+
+const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
+
+)",
+           v);
+
+    if (!empty) {
+        v.emplace_back("create", c.hasPointer ? " create" : "");
+        v.emplace_back("refs", ForMembers(c, v, [](const Row& m, const Vars& mv) {
+                           return Fill(m.pointer ? "    if (AsnNameIs(name, \"$name\"))\n        return AsnRef($m, create);\n"
+                                                 : "    if (AsnNameIs(name, \"$name\"))\n        return &$m;\n",
+                                       mv);
+                       }));
+        t.Both("    AsnType* _getref(const char* name, bool create = false) override;\n",
+               "AsnType* $T::_getref(const char* name, bool$create) {\n$refs    return nullptr;\n}\n\n", v);
+    }
+
+    v.emplace_back("mdescs", ForMembers("    AsnSe_MemberDesc(\"$name\", &${cls}::_desc, $optional),\n", c, v));
+    t.Both(R"(
+    static const AsnSe_TypeDesc _desc;
+    static const AsnSe_MemberDesc _mdescs[];
+};
+)",
+           R"(const AsnSe_MemberDesc $T::_mdescs[] = {
+$mdescs    AsnSe_MemberDesc(),
+};
+const AsnSe_TypeDesc $T::_desc(&$M, "$T", false, AsnTypeDesc::SEQUENCE, AsnCreate<$T>, $T::_mdescs);
+)",
+           v);
+    return t;
+}
+
+}  // namespace zolc
