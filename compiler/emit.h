@@ -38,7 +38,7 @@ Vars ClassVars(const TypeModel& c);
 // The holes of one member: $name, $cls its class, $m the member as the
 // class's code reaches it (always through this->, so that no local or
 // parameter of the generated code can hide it), $at $m followed by -> or .,
-// $cid its id constant, $text its schema line, $octets, $mtag, $inner,
+// $cid its id constant, $text its schema line, $octets, $inner,
 // $id, $optional, $last, $missing, $explicitCode, $accepts the test of
 // `tag`, $encode the expression that writes it.
 Vars MemberVars(const MemberModel& m);
@@ -73,6 +73,16 @@ std::string AcceptsTest(const MemberModel& m);
 // ("this->x." or "this->x->"), as its form and tags decide.
 std::string EncodeExpr(const MemberModel& m, const std::string& at);
 
+// Construction, destruction and cloning of sequences and choices: their
+// destructor's body is $destroy, their ConstructHelper's $construct.
+extern const char* const kConstructionDecls;
+extern const char* const kConstruction;
+// Assignment and merge.
+extern const char* const kCopyDecls;
+// The descriptor of a sequence or choice, of type $D, and its members,
+// of type $MD, listed in $mdescs.
+extern const char* const kMembersDescDecls;
+extern const char* const kMembersDesc;
 // The shared declarations of the value classes' codec and printer.
 extern const char* const kEncodeDecls;
 extern const char* const kDecodeDecls;

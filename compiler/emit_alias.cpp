@@ -28,14 +28,15 @@ ClassText EmitAlias(const TypeModel& c) {
     } else {
         bool number = c.kind == Kind::Int || c.kind == Kind::Enum || c.kind == Kind::Bool;
         v.emplace_back("V", c.kind == Kind::Bool ? "bool" : "int32_t");
-        t.header += Fill(number ? "    $T($V v) : $B(v) {}\n" : "", v) + Fill(R"(    $T(const $T& o) : $B(o) {}
+        t.header += Fill(number ? "    $T($V v) : $B(v) {}\n" : "", v);
+        t.header += Fill(R"(    $T(const $T& o) : $B(o) {}
     $T& operator=(const $T& o) {
         $B::operator=(o);
         return *this;
     }
 )",
-                                                                              v) +
-                    Fill(number ? "    using $B::operator=;\n" : "", v);
+                         v);
+        t.header += Fill(number ? "    using $B::operator=;\n" : "", v);
     }
     t.Both(R"(    ~$T() override;
     AsnType* Clone() const override;

@@ -47,30 +47,9 @@ ClassText EmitChoice(const TypeModel& c) {
                }) +
                "    };\n\n";
 
-    t.Both(R"(    $T();
-    $T(const $T& o);
-    ~$T() override;
-    void ConstructHelper();
-    AsnType* Clone() const override;
-)",
-           R"($T::$T() { ConstructHelper(); }
-
-$T::$T(const $T& o) : AsnType() {
-    ConstructHelper();
-    *this = o;
-}
-
-$T::~$T() { delete Current(); }
-
-void $T::ConstructHelper() {
-    choiceId = ${first}Cid;
-    this->$first = nullptr;
-}
-
-AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
-
-)",
-           v);
+    v.insert(v.end(), {{"destroy", " { delete Current(); }"},
+                       {"construct", Fill("    choiceId = ${first}Cid;\n    this->$first = nullptr;\n", v)}});
+    t.Both(kConstructionDecls, kConstruction, v);
 
     // A copy selects the source's alternative and copies its value; a merge
     // of the same alternative merges the values.
@@ -83,10 +62,7 @@ AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
                        return m.merge == Alt::Merge::None ? ""
                                                            : Fill("    case $cid:\n", mv) + MergeStatement(m, mv) + "        break;\n";
                    }));
-    t.Both(R"(    $T& operator=(const $T& o);
-    $T& operator|=(const $T& o);
-)",
-           R"($T& $T::operator=(const $T& o) {
+    t.Both(kCopyDecls, R"($T& $T::operator=(const $T& o) {
     if (this == &o)
         return *this;
     Select(o.choiceId);
@@ -181,21 +157,16 @@ $accepts            return true;
 )",
                      v);
 
-    v.emplace_back("mdescs", ForMembers("    AsnChoiceMemberDesc(\"$name\", &${cls}::_desc, $id),\n", c, v));
-    t.Both(R"(    static const AsnChoiceTypeDesc _desc;
-    static const AsnChoiceMemberDesc _mdescs[];
-
-)",
-           R"(const AsnChoiceMemberDesc $T::_mdescs[] = {
-$mdescs    AsnChoiceMemberDesc(),
-};
-const AsnChoiceTypeDesc $T::_desc(&$M, "$T", false, AsnTypeDesc::CHOICE, AsnCreate<$T>, $T::_mdescs);
-)",
-           v);
+    v.insert(v.end(), {{"mdescs", ForMembers("    AsnChoiceMemberDesc(\"$name\", &${cls}::_desc, $id),\n", c, v)},
+                       {"D", "AsnChoiceTypeDesc"},
+                       {"MD", "AsnChoiceMemberDesc"},
+                       {"K", "CHOICE"}});
+    t.Both(kMembersDescDecls, kMembersDesc, v);
 
     v.emplace_back("current", ForMembers("    case $cid:\n        return $m;\n", c, v));
     v.emplace_back("select", ForMembers("    case $cid:\n        $m = new $cls;\n        break;\n", c, v));
-    t.Both(R"(private:
+    t.Both(R"(
+private:
     // The value of the alternative in force, or null.
     AsnType* Current() const;
     // Deletes the value held and holds a new empty one of alternative `id`.

@@ -31,15 +31,8 @@ std::string Heading(const TypeModel& c) {
     std::istringstream lines(c.comment);
     for (std::string line; std::getline(lines, line);)
         out += "// " + line + "\n";
-    const char* shape = nullptr;
-    switch (c.shape) {
-    case TypeModel::Sequence: shape = "SEQUENCE"; break;
-    case TypeModel::Choice: shape = "CHOICE"; break;
-    case TypeModel::List: shape = "SET OF"; break;
-    case TypeModel::Enum: shape = "ENUMERATED"; break;
-    case TypeModel::NamedBits: shape = "BIT STRING"; break;
-    case TypeModel::Alias: shape = c.base ? c.baseClass.c_str() : KindText(c.kind); break;
-    }
+    // A class that is not an alias is of the kind of its shape.
+    std::string shape = c.shape == TypeModel::Alias && c.base ? c.baseClass : KindText(c.kind);
     return out + "// " + c.name + " ::= " + shape + "\n";
 }
 

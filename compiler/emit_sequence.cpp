@@ -64,35 +64,13 @@ ClassText EmitSequence(const TypeModel& c) {
                }) +
                (empty ? "" : "\n");
 
-    v.emplace_back("delete", ForMembers(c, v, [](const Row& m, const Vars& mv) {
-                       return m.pointer ? Fill("    delete $m;\n", mv) : "";
-                   }));
-    v.emplace_back("clear", ForMembers(c, v, [](const Row& m, const Vars& mv) {
+    v.emplace_back("destroy", " {\n" + ForMembers(c, v, [](const Row& m, const Vars& mv) {
+                                  return m.pointer ? Fill("    delete $m;\n", mv) : "";
+                              }) + "}");
+    v.emplace_back("construct", ForMembers(c, v, [](const Row& m, const Vars& mv) {
                        return m.pointer ? Fill("    $m = nullptr;\n", mv) : "";
                    }));
-    t.Both(R"(    $T();
-    $T(const $T& o);
-    ~$T() override;
-    void ConstructHelper();
-    AsnType* Clone() const override;
-)",
-           R"($T::$T() { ConstructHelper(); }
-
-$T::$T(const $T& o) : AsnType() {
-    ConstructHelper();
-    *this = o;
-}
-
-$T::~$T() {
-$delete}
-
-void $T::ConstructHelper() {
-$clear}
-
-AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
-
-)",
-           v);
+    t.Both(kConstructionDecls, kConstruction, v);
 
     // Assignment makes a deep copy; the merge keeps what the source lacks.
     v.emplace_back("assign", empty ? "    (void)o;\n"
@@ -106,10 +84,7 @@ AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
     v.emplace_back("merge", !c.hasPointer ? "    return *this = o;\n"
                                           : "    if (this != &o) {\n" + ForMembers(c, v, MergeStatement) +
                                                 "    }\n    return *this;\n");
-    t.Both(R"(    $T& operator=(const $T& o);
-    $T& operator|=(const $T& o);
-)",
-           R"($T& $T::operator=(const $T& o) {
+    t.Both(kCopyDecls, R"($T& $T::operator=(const $T& o) {
 $assign    return *this;
 }
 
@@ -185,18 +160,13 @@ const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
                "AsnType* $T::_getref(const char* name, bool$create) {\n$refs    return nullptr;\n}\n\n", v);
     }
 
-    v.emplace_back("mdescs", ForMembers("    AsnSe_MemberDesc(\"$name\", &${cls}::_desc, $optional),\n", c, v));
-    t.Both(R"(
-    static const AsnSe_TypeDesc _desc;
-    static const AsnSe_MemberDesc _mdescs[];
-};
-)",
-           R"(const AsnSe_MemberDesc $T::_mdescs[] = {
-$mdescs    AsnSe_MemberDesc(),
-};
-const AsnSe_TypeDesc $T::_desc(&$M, "$T", false, AsnTypeDesc::SEQUENCE, AsnCreate<$T>, $T::_mdescs);
-)",
-           v);
+    v.insert(v.end(), {{"mdescs", ForMembers("    AsnSe_MemberDesc(\"$name\", &${cls}::_desc, $optional),\n", c, v)},
+                       {"D", "AsnSe_TypeDesc"},
+                       {"MD", "AsnSe_MemberDesc"},
+                       {"K", "SEQUENCE"}});
+    t.header += "\n";
+    t.Both(kMembersDescDecls, kMembersDesc, v);
+    t.header += "};\n";
     return t;
 }
 

@@ -84,7 +84,6 @@ Vars MemberVars(const MemberModel& m) {
             {"cid", m.name + "Cid"},
             {"text", m.text},
             {"octets", m.tagOctets},
-            {"mtag", TagConst(m.tag)},
             {"inner", TagConst(m.innerTag)},
             {"id", std::to_string(m.id)},
             {"optional", m.optional ? "true" : "false"},
@@ -122,6 +121,38 @@ std::string EncodeExpr(const MemberModel& m, const std::string& at) {
     return m.explicitPair ? "BEncLenTag(b, " + e + ", " + TagConst(m.tag) + ")" : e;
 }
 
+const char* const kConstructionDecls = R"(    $T();
+    $T(const $T& o);
+    ~$T() override;
+    void ConstructHelper();
+    AsnType* Clone() const override;
+)";
+const char* const kConstruction = R"($T::$T() { ConstructHelper(); }
+
+$T::$T(const $T& o) : AsnType() {
+    ConstructHelper();
+    *this = o;
+}
+
+$T::~$T()$destroy
+
+void $T::ConstructHelper() {
+$construct}
+
+AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+
+)";
+const char* const kCopyDecls = R"(    $T& operator=(const $T& o);
+    $T& operator|=(const $T& o);
+)";
+const char* const kMembersDescDecls = R"(    static const $D _desc;
+    static const $MD _mdescs[];
+)";
+const char* const kMembersDesc = R"(const $MD $T::_mdescs[] = {
+$mdescs    $MD(),
+};
+const $D $T::_desc(&$M, "$T", false, AsnTypeDesc::$K, AsnCreate<$T>, $T::_mdescs);
+)";
 const char* const kEncodeDecls = R"(    AsnLen BEncContent(AsnBuf& b) const;
     AsnLen BEnc(AsnBuf& b) const override;
 )";

@@ -278,24 +278,18 @@ private:
             r.tagOctets += " " + HexTag(r.innerTag);
         r.accepts = Accepts(r);
 
+        // An empty sequence alternative needs no object to be written or copied.
+        using M = MemberModel;
         bool emptyAlternative = inChoice && emptySeq;
-        if (emptyAlternative)
-            r.encode = MemberModel::Encode::Empty;
-        else if (r.kind == Kind::Choice)
-            r.encode = MemberModel::Encode::Choice;
-        else if (ShortContent(r.kind))
-            r.encode = MemberModel::Encode::Tlv;
-        else
-            r.encode = MemberModel::Encode::ContentLen;
-
-        if (emptyAlternative)
-            r.merge = MemberModel::Merge::None;
-        else if (!r.pointer)
-            r.merge = MemberModel::Merge::Assign;
-        else if (r.kind == Kind::Seq || r.kind == Kind::Choice)
-            r.merge = MemberModel::Merge::Deep;
-        else
-            r.merge = MemberModel::Merge::Leaf;
+        bool composite = r.kind == Kind::Seq || r.kind == Kind::Choice;
+        r.encode = emptyAlternative           ? M::Encode::Empty
+                   : r.kind == Kind::Choice   ? M::Encode::Choice
+                   : ShortContent(r.kind)     ? M::Encode::Tlv
+                                              : M::Encode::ContentLen;
+        r.merge = emptyAlternative ? M::Merge::None
+                  : !r.pointer     ? M::Merge::Assign
+                  : composite      ? M::Merge::Deep
+                                   : M::Merge::Leaf;
         return r;
     }
 
