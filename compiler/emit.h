@@ -66,13 +66,6 @@ ClassText EmitNames(const TypeModel& c);  // enumerations and named bits
 // A tag word as a C++ constant.
 std::string TagConst(uint32_t tag);
 
-// The test of `tag` against the tags a member takes.
-std::string AcceptsTest(const MemberModel& m);
-
-// The expression that writes a member's element, reached through `at`
-// ("this->x." or "this->x->"), as its form and tags decide.
-std::string EncodeExpr(const MemberModel& m, const std::string& at);
-
 // Construction, destruction and cloning of sequences and choices: their
 // destructor's body is $destroy, their ConstructHelper's $construct.
 extern const char* const kConstructionDecls;

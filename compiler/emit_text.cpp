@@ -7,6 +7,34 @@
 
 namespace zolc {
 
+namespace {
+
+// The test of `tag` against the tags a member takes.
+std::string AcceptsTest(const MemberModel& m) {
+    if (m.accepts.empty())
+        return m.className + "::AcceptsTag(tag)";
+    std::string test;
+    for (uint32_t t : m.accepts)
+        test += (test.empty() ? "tag == " : " || tag == ") + TagConst(t);
+    return test;
+}
+
+// The expression that writes a member's element, reached through `at`
+// ("this->x." or "this->x->"), as its form and tags decide.
+std::string EncodeExpr(const MemberModel& m, const std::string& at) {
+    uint32_t tag = m.explicitPair ? m.innerTag : m.tag;
+    std::string e;
+    switch (m.encode) {
+    case MemberModel::Encode::Tlv: e = at + "BEncTLV(b, " + TagConst(tag) + ")"; break;
+    case MemberModel::Encode::ContentLen: e = "BEncLenTag(b, " + at + "BEncContent(b), " + TagConst(tag) + ")"; break;
+    case MemberModel::Encode::Choice: e = at + "BEncContent(b)"; break;
+    case MemberModel::Encode::Empty: e = "BEncLenTag(b, 0, " + TagConst(tag) + ")"; break;
+    }
+    return m.explicitPair ? "BEncLenTag(b, " + e + ", " + TagConst(m.tag) + ")" : e;
+}
+
+}  // namespace
+
 std::string Fill(const char* text, const Vars& vars) {
     std::string out;
     for (const char* p = text; *p;) {
@@ -98,27 +126,6 @@ std::string TagConst(uint32_t tag) {
     char buf[16];
     std::snprintf(buf, sizeof buf, "0x%08Xu", tag);
     return buf;
-}
-
-std::string AcceptsTest(const MemberModel& m) {
-    if (m.accepts.empty())
-        return m.className + "::AcceptsTag(tag)";
-    std::string test;
-    for (uint32_t t : m.accepts)
-        test += (test.empty() ? "tag == " : " || tag == ") + TagConst(t);
-    return test;
-}
-
-std::string EncodeExpr(const MemberModel& m, const std::string& at) {
-    uint32_t tag = m.explicitPair ? m.innerTag : m.tag;
-    std::string e;
-    switch (m.encode) {
-    case MemberModel::Encode::Tlv: e = at + "BEncTLV(b, " + TagConst(tag) + ")"; break;
-    case MemberModel::Encode::ContentLen: e = "BEncLenTag(b, " + at + "BEncContent(b), " + TagConst(tag) + ")"; break;
-    case MemberModel::Encode::Choice: e = at + "BEncContent(b)"; break;
-    case MemberModel::Encode::Empty: e = "BEncLenTag(b, 0, " + TagConst(tag) + ")"; break;
-    }
-    return m.explicitPair ? "BEncLenTag(b, " + e + ", " + TagConst(m.tag) + ")" : e;
 }
 
 const char* const kConstructionDecls = R"(    $T();
