@@ -21,12 +21,14 @@ using Vars = std::vector<std::pair<std::string, std::string>>;
 // the compiler and aborts.
 std::string Fill(const char* text, const Vars& vars);
 
-// The texts of `each` filled once for every member, with the holes of
-// `vars` and those of the member (MemberVars), joined. The second form
-// lets the member's model choose the text.
-std::string ForMembers(const char* each, const TypeModel& c, const Vars& vars);
+// The text `each` filled once for every member (or every one `when`
+// takes), with the holes of `vars` and those of the member (MemberVars),
+// joined. The second form lets the member's model choose the text.
+std::string ForMembers(const char* each, const TypeModel& c, const Vars& vars,
+                       const std::function<bool(const MemberModel&)>& when = nullptr);
 std::string ForMembers(const TypeModel& c, const Vars& vars,
                        const std::function<std::string(const MemberModel&, const Vars&)>& each);
+inline bool IsPointer(const MemberModel& m) { return m.pointer; }
 
 // `text` with every line that is not empty moved four blanks right.
 std::string Indented(const std::string& text);
@@ -40,7 +42,9 @@ Vars ClassVars(const TypeModel& c);
 // parameter of the generated code can hide it), $at $m followed by -> or .,
 // $cid its id constant, $text its schema line, $octets, $inner,
 // $id, $optional, $last, $missing, $explicitCode, $accepts the test of
-// `tag`, $encode the expression that writes it.
+// `tag`, $encode the expression that writes it; as its storage and merge
+// rule decide, $assign the copy from `o`, $merge the merge from `o`,
+// $ref its address for by-name access.
 Vars MemberVars(const MemberModel& m);
 
 // A class as its two halves: its declaration for the header, its member
@@ -82,10 +86,6 @@ extern const char* const kDecodeDecls;
 extern const char* const kPrintDecls;
 // The whole decoder of a sequence or list: its own tag, then its content.
 extern const char* const kDecodeWhole;
-
-// The statement of a merge that brings the member from `o`, as its merge
-// rule decides; empty for an alternative that holds nothing.
-std::string MergeStatement(const MemberModel& m, const Vars& v);
 
 // A member's declaration padded to `column`, then the comment that echoes
 // its schema line.

@@ -4,9 +4,21 @@
 
 namespace zolc {
 
+namespace {
+
+// Copying a class derived from base $B, its parameter named $p.
+const char* const kDerivedCopy = R"(    $T(const $T& $p) : $B($p) {}
+    $T& operator=(const $T& $p) {
+        $B::operator=($p);
+        return *this;
+    }
+)";
+
+}  // namespace
+
 ClassText EmitAlias(const TypeModel& c) {
     Vars v = ClassVars(c);
-    v.emplace_back("B", c.baseClass);
+    v.insert(v.end(), {{"B", c.baseClass}, {"p", "o"}});
     ClassText t;
     t.header = Fill("struct $T : public $B {\n    $T() {}\n", v);
     // An alias takes what its base is made from: text, a number or a flag.
@@ -29,14 +41,7 @@ ClassText EmitAlias(const TypeModel& c) {
         bool number = c.kind == Kind::Int || c.kind == Kind::Enum || c.kind == Kind::Bool;
         v.emplace_back("V", c.kind == Kind::Bool ? "bool" : "int32_t");
         t.header += Fill(number ? "    $T($V v) : $B(v) {}\n" : "", v);
-        t.header += Fill(R"(    $T(const $T& o) : $B(o) {}
-    $T& operator=(const $T& o) {
-        $B::operator=(o);
-        return *this;
-    }
-)",
-                         v);
-        t.header += Fill(number ? "    using $B::operator=;\n" : "", v);
+        t.header += Fill(kDerivedCopy, v) + Fill(number ? "    using $B::operator=;\n" : "", v);
     }
     t.Both(R"(    ~$T() override;
     AsnType* Clone() const override;
@@ -64,40 +69,25 @@ ClassText EmitNames(const TypeModel& c) {
         descs += Fill("    {\"$name\", $value},\n", nv);
     }
     v.insert(v.end(), {{"names", names}, {"nmdescs", descs}});
-    ClassText t;
-    if (isEnum)
-        t.header = Fill(R"(class $T : public AsnEnum {
-public:
-    enum : int32_t {
-$names    };
-
-    $T() {}
-    $T(int32_t v) : AsnEnum(v) {}
-    $T(const $T& o) : AsnEnum(o) {}
-    $T& operator=(const $T& o) {
-        AsnEnum::operator=(o);
-        return *this;
-    }
-    using AsnEnum::operator=;
-)",
-                        v);
-    else
-        t.header = Fill(R"(class $T : public AsnBits {
-public:
-    enum : int32_t {
-$names    };
-
-    $T() {}
-    explicit $T(size_t numBits) : AsnBits(numBits) {}
+    // An enumeration is made from a number, named bits from bits.
+    v.insert(v.end(), {{"B", isEnum ? "AsnEnum" : "AsnBits"}, {"p", isEnum ? "o" : "b"}});
+    v.emplace_back("ctors", Fill(isEnum ? "    $T(int32_t v) : AsnEnum(v) {}\n"
+                                        : R"(    explicit $T(size_t numBits) : AsnBits(numBits) {}
     $T(const char* bitOcts, size_t numBits) : AsnBits(bitOcts, numBits) {}
     $T(const AsnBits& b) : AsnBits(b) {}
-    $T(const $T& b) : AsnBits(b) {}
-    $T& operator=(const $T& b) {
-        AsnBits::operator=(b);
-        return *this;
-    }
 )",
-                        v);
+                                 v));
+    v.emplace_back("using", Fill(isEnum ? "    using $B::operator=;\n" : "", v));
+    v.emplace_back("copy", Fill(kDerivedCopy, v));
+    ClassText t;
+    t.header = Fill(R"(class $T : public $B {
+public:
+    enum : int32_t {
+$names    };
+
+    $T() {}
+$ctors$copy$using)",
+                    v);
     v.insert(v.end(), {{"D", isEnum ? "AsnEnumTypeDesc" : "AsnNamesTypeDesc"},
                        {"K", isEnum ? "ENUMERATED" : "BIT_STRING"}});
     t.Both(R"(    ~$T() override;

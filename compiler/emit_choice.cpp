@@ -53,15 +53,13 @@ ClassText EmitChoice(const TypeModel& c) {
 
     // A copy selects the source's alternative and copies its value; a merge
     // of the same alternative merges the values.
-    v.emplace_back("copies", ForMembers(c, v, [](const Alt& m, const Vars& mv) {
-                       return Fill("    case $cid:\n", mv) +
-                              (m.merge == Alt::Merge::None ? "" : Fill("        if (o.$name)\n            *$m = *o.$name;\n", mv)) +
-                              "        break;\n";
+    auto holds = [](const Alt& m) { return m.merge != Alt::Merge::None; };
+    v.emplace_back("copies", ForMembers(c, v, [&](const Alt& m, const Vars& mv) {
+                       return Fill(holds(m) ? "    case $cid:\n        if (o.$name)\n            *$m = *o.$name;\n        break;\n"
+                                            : "    case $cid:\n        break;\n",
+                                   mv);
                    }));
-    v.emplace_back("merges", ForMembers(c, v, [](const Alt& m, const Vars& mv) {
-                       return m.merge == Alt::Merge::None ? ""
-                                                           : Fill("    case $cid:\n", mv) + MergeStatement(m, mv) + "        break;\n";
-                   }));
+    v.emplace_back("merges", ForMembers("    case $cid:\n        $merge;\n        break;\n", c, v, holds));
     t.Both(kCopyDecls, R"($T& $T::operator=(const $T& o) {
     if (this == &o)
         return *this;

@@ -64,25 +64,14 @@ ClassText EmitSequence(const TypeModel& c) {
                }) +
                (empty ? "" : "\n");
 
-    v.emplace_back("destroy", " {\n" + ForMembers(c, v, [](const Row& m, const Vars& mv) {
-                                  return m.pointer ? Fill("    delete $m;\n", mv) : "";
-                              }) + "}");
-    v.emplace_back("construct", ForMembers(c, v, [](const Row& m, const Vars& mv) {
-                       return m.pointer ? Fill("    $m = nullptr;\n", mv) : "";
-                   }));
+    v.emplace_back("destroy", " {\n" + ForMembers("    delete $m;\n", c, v, IsPointer) + "}");
+    v.emplace_back("construct", ForMembers("    $m = nullptr;\n", c, v, IsPointer));
     t.Both(kConstructionDecls, kConstruction, v);
 
     // Assignment makes a deep copy; the merge keeps what the source lacks.
-    v.emplace_back("assign", empty ? "    (void)o;\n"
-                                   : "    if (this != &o) {\n" +
-                                         ForMembers(c, v, [](const Row& m, const Vars& mv) {
-                                             return Fill(m.pointer ? "        AsnAssign($m, o.$name);\n"
-                                                                   : "        $m = o.$name;\n",
-                                                         mv);
-                                         }) +
-                                         "    }\n");
+    v.emplace_back("assign", empty ? "    (void)o;\n" : "    if (this != &o) {\n" + ForMembers("        $assign;\n", c, v) + "    }\n");
     v.emplace_back("merge", !c.hasPointer ? "    return *this = o;\n"
-                                          : "    if (this != &o) {\n" + ForMembers(c, v, MergeStatement) +
+                                          : "    if (this != &o) {\n" + ForMembers("        $merge;\n", c, v) +
                                                 "    }\n    return *this;\n");
     t.Both(kCopyDecls, R"($T& $T::operator=(const $T& o) {
 $assign    return *this;
@@ -151,11 +140,7 @@ const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
 
     if (!empty) {
         v.emplace_back("create", c.hasPointer ? " create" : "");
-        v.emplace_back("refs", ForMembers(c, v, [](const Row& m, const Vars& mv) {
-                           return Fill(m.pointer ? "    if (AsnNameIs(name, \"$name\"))\n        return AsnRef($m, create);\n"
-                                                 : "    if (AsnNameIs(name, \"$name\"))\n        return &$m;\n",
-                                       mv);
-                       }));
+        v.emplace_back("refs", ForMembers("    if (AsnNameIs(name, \"$name\"))\n        return $ref;\n", c, v));
         t.Both("    AsnType* _getref(const char* name, bool create = false) override;\n",
                "AsnType* $T::_getref(const char* name, bool$create) {\n$refs    return nullptr;\n}\n\n", v);
     }

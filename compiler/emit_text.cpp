@@ -75,8 +75,11 @@ std::string ForMembers(const TypeModel& c, const Vars& vars,
     return out;
 }
 
-std::string ForMembers(const char* each, const TypeModel& c, const Vars& vars) {
-    return ForMembers(c, vars, [each](const MemberModel&, const Vars& v) { return Fill(each, v); });
+std::string ForMembers(const char* each, const TypeModel& c, const Vars& vars,
+                       const std::function<bool(const MemberModel&)>& when) {
+    return ForMembers(c, vars, [&](const MemberModel& m, const Vars& v) {
+        return !when || when(m) ? Fill(each, v) : std::string();
+    });
 }
 
 std::string Indented(const std::string& text) {
@@ -103,12 +106,25 @@ Vars ClassVars(const TypeModel& c) {
             {"listElmtCode", std::to_string(c.listElmtCode)}};
 }
 
+// The merge statement that brings the member from `o`, as its merge rule
+// decides.
+std::string MergeFrom(const MemberModel& m, const std::string& self) {
+    switch (m.merge) {
+    case MemberModel::Merge::Assign: return self + " = o." + m.name;
+    case MemberModel::Merge::Leaf: return "AsnMergeLeaf(" + self + ", o." + m.name + ")";
+    case MemberModel::Merge::Deep: return "AsnMerge(" + self + ", o." + m.name + ")";
+    case MemberModel::Merge::None: break;
+    }
+    return "";
+}
+
 Vars MemberVars(const MemberModel& m) {
     std::string self = "this->" + m.name;
+    std::string at = self + (m.pointer ? "->" : ".");
     return {{"name", m.name},
             {"cls", m.className},
             {"m", self},
-            {"at", self + (m.pointer ? "->" : ".")},
+            {"at", at},
             {"cid", m.name + "Cid"},
             {"text", m.text},
             {"octets", m.tagOctets},
@@ -117,7 +133,10 @@ Vars MemberVars(const MemberModel& m) {
             {"optional", m.optional ? "true" : "false"},
             {"last", m.last ? "true" : "false"},
             {"accepts", AcceptsTest(m)},
-            {"encode", EncodeExpr(m, self + (m.pointer ? "->" : "."))},
+            {"encode", EncodeExpr(m, at)},
+            {"assign", m.pointer ? "AsnAssign(" + self + ", o." + m.name + ")" : self + " = o." + m.name},
+            {"merge", MergeFrom(m, self)},
+            {"ref", m.pointer ? "AsnRef(" + self + ", create)" : "&" + self},
             {"missing", std::to_string(m.missingCode)},
             {"explicitCode", std::to_string(m.explicitCode)}};
 }
@@ -175,16 +194,6 @@ const char* const kDecodeWhole = R"(void $T::BDec(AsnBuf& b, AsnLen& bytesDecode
 const char* const kPrintDecls = R"(    void Print(std::ostream& os) const override;
     const AsnTypeDesc* _getdesc() const override;
 )";
-
-std::string MergeStatement(const MemberModel& m, const Vars& v) {
-    switch (m.merge) {
-    case MemberModel::Merge::Assign: return Fill("        $m = o.$name;\n", v);
-    case MemberModel::Merge::Leaf: return Fill("        AsnMergeLeaf($m, o.$name);\n", v);
-    case MemberModel::Merge::Deep: return Fill("        AsnMerge($m, o.$name);\n", v);
-    case MemberModel::Merge::None: break;
-    }
-    return "";
-}
 
 std::string MemberLine(const std::string& decl, const MemberModel& m, size_t column) {
     std::string line = decl;

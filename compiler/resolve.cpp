@@ -45,7 +45,7 @@ const std::set<std::string> kRuntimeNames = {
     "AsnMergeLeaf", "AsnMerge", "AsnRef", "AsnCreate", "AsnNameIs", "AsnListRefName",
     "AsnListRefKind", "AsnListRefNone", "AsnListRefIndex", "AsnListRefInsert",
     "AsnMissingElmtText", "AsnLengthDiscrepancyText", "AsnUnexpectedTagText", "AsnChoiceTagText",
-    "AsnEmptySequenceText", "AsnConstructedBit"};
+    "AsnEmptySequenceText", "AsnConstructedBit", "AsnList"};
 
 void CheckCppName(const Where& where, const std::string& name, const char* what) {
     if (kCppWords.count(name))
@@ -98,11 +98,9 @@ bool ShortContent(Kind k) {
 // The tags a member takes: strings and bit strings also arrive in
 // constructed form; an untagged CHOICE takes what its alternatives take.
 std::vector<uint32_t> Accepts(const MemberModel& r) {
-    if (r.explicitPair)
-        return {r.tag};
-    if (r.kind == Kind::Choice)
+    if (r.kind == Kind::Choice && !r.explicitPair)
         return {};
-    if (r.kind == Kind::Octs || r.kind == Kind::Bits)
+    if ((r.kind == Kind::Octs || r.kind == Kind::Bits) && !r.explicitPair)
         return {r.tag, r.tag | AsnConstructedBit};
     return {r.tag};
 }

@@ -37,8 +37,10 @@ public:
         if (this == &o)
             return *this;
         Clear();
+        // Linked here rather than through AppendCopy, which names the
+        // derived class: the copy constructor runs this before it exists.
         for (AsnListElmt* p = o.first; p; p = p->next)
-            AppendCopy(*p->elmt);
+            *Link(last, nullptr, new E) = *p->elmt;
         curr = nullptr;
         return *this;
     }
