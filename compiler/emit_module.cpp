@@ -80,7 +80,6 @@ Emitted EmitModule(const ModuleModel& mod) {
 #include <cstdint>
 #include <iosfwd>
 
-#include "zol/ber/asn_list.h"
 #include "zol/ber/pattern.h"
 #include "zol/meta/asn_desc.h"
 #include "zol/universal/asn_bits.h"
@@ -101,6 +100,8 @@ $forward$classes
 
 #include <new>
 #include <ostream>
+
+#include "zol/ber/asn_list.h"
 
 namespace Zol {
 $definitions

@@ -45,7 +45,10 @@ const std::set<std::string> kRuntimeNames = {
     "AsnMergeLeaf", "AsnMerge", "AsnRef", "AsnCreate", "AsnNameIs", "AsnListRefName",
     "AsnListRefKind", "AsnListRefNone", "AsnListRefIndex", "AsnListRefInsert",
     "AsnMissingElmtText", "AsnLengthDiscrepancyText", "AsnUnexpectedTagText", "AsnChoiceTagText",
-    "AsnEmptySequenceText", "AsnConstructedBit", "AsnList"};
+    "AsnEmptySequenceText", "AsnConstructedBit", "AsnElmtOf", "AsnListLink", "AsnListRemoveCurr",
+    "AsnListClear", "AsnListAssign", "AsnListSetCurr", "AsnListCurrIndex", "AsnListInsert",
+    "AsnListInsertBefore", "AsnListInsertAfter", "AsnListCopyBefore", "AsnListCopyAfter",
+    "AsnListEncContent", "AsnListDecContent", "AsnListPrint", "AsnListRef", "AsnListForEach"};
 
 void CheckCppName(const Where& where, const std::string& name, const char* what) {
     if (kCppWords.count(name))

@@ -1,270 +1,199 @@
-// The machinery of every SET OF: a doubly linked list of owned elements
-// with a cursor, its copy, its encoder, its content decoder, its printer
-// and its by-name access. A generated list class derives from
-// AsnList<itself, its element> and adds only what differs from list to
-// list: its descriptor and its failure codes.
+// The machinery of every SET OF class. A generated list class derives from
+// AsnType and holds `count`, `first`, `curr` and `last` and its node record
+// AsnListElmt { next, prev, elmt }; each of its operations is one call of
+// these functions, which work on any class of that shape. The element
+// class E is the one its nodes point to.
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <new>
 #include <ostream>
+#include <type_traits>
 
 #include "zol/ber/pattern.h"
 
-template <class L, class E>
-class AsnList : public AsnType {
-public:
-    struct AsnListElmt {
-        AsnListElmt* next;
-        AsnListElmt* prev;
-        E* elmt;  // owned
-        // Nodes come and go with their elements, from the same free lists.
-        static void* operator new(std::size_t size) { return AsnType::operator new(size); }
-        static void operator delete(void* p, std::size_t size) noexcept { AsnType::operator delete(p, size); }
-    };
+template <class L>
+using AsnElmtOf = std::remove_pointer_t<decltype(L::AsnListElmt::elmt)>;
 
-    uint32_t count = 0;
-    AsnListElmt* first = nullptr;
-    AsnListElmt* curr = nullptr;  // the cursor; null when no element is current
-    AsnListElmt* last = nullptr;
+// Links a new node holding `elmt` between `before` and `after`.
+template <class L>
+AsnElmtOf<L>* AsnListLink(L& l, typename L::AsnListElmt* before, typename L::AsnListElmt* after,
+                          AsnElmtOf<L>* elmt) {
+    auto* node = new typename L::AsnListElmt;
+    node->prev = before;
+    node->next = after;
+    node->elmt = elmt;
+    if (before)
+        before->next = node;
+    else
+        l.first = node;
+    if (after)
+        after->prev = node;
+    else
+        l.last = node;
+    ++l.count;
+    return elmt;
+}
 
-    AsnList() {}
-    AsnList(const AsnList& o) : AsnType() { *this = o; }
-    ~AsnList() override { Clear(); }
+// A node removed from the middle leaves its successor current.
+template <class L>
+void AsnListRemoveCurr(L& l) {
+    auto* gone = l.curr;
+    if (!gone)
+        return;
+    if (gone->prev)
+        gone->prev->next = gone->next;
+    else
+        l.first = gone->next;
+    if (gone->next)
+        gone->next->prev = gone->prev;
+    else
+        l.last = gone->prev;
+    l.curr = gone->next ? gone->next : gone->prev;
+    --l.count;
+    if (l.count == 0)
+        l.first = l.curr = l.last = nullptr;
+    delete gone->elmt;
+    delete gone;
+}
 
-    AsnList& operator=(const AsnList& o) {
-        if (this == &o)
-            return *this;
-        Clear();
-        // Linked here rather than through AppendCopy, which names the
-        // derived class: the copy constructor runs this before it exists.
-        for (AsnListElmt* p = o.first; p; p = p->next)
-            *Link(last, nullptr, new E) = *p->elmt;
-        curr = nullptr;
-        return *this;
-    }
+template <class L>
+void AsnListClear(L& l) {
+    for (l.curr = l.first; l.curr;)
+        AsnListRemoveCurr(l);
+}
 
-    AsnType* Clone() const override { return new (std::nothrow) L(Self()); }
+template <class L>
+void AsnListAssign(L& l, const L& o) {
+    if (&l == &o)
+        return;
+    AsnListClear(l);
+    for (auto* p = o.first; p; p = p->next)
+        *AsnListLink(l, l.last, nullptr, new AsnElmtOf<L>) = *p->elmt;
+    l.curr = nullptr;
+}
 
-    int32_t Count() const { return static_cast<int32_t>(count); }
-    E* Curr() const { return curr ? curr->elmt : nullptr; }
-    E* First() const { return count ? first->elmt : nullptr; }
-    E* Last() const { return count ? last->elmt : nullptr; }
-    E* Next() const { return curr && curr->next ? curr->next->elmt : nullptr; }
-    E* Prev() const { return curr && curr->prev ? curr->prev->elmt : nullptr; }
+template <class L>
+void AsnListSetCurr(L& l, unsigned long index) {
+    l.curr = l.first;
+    for (unsigned long i = 0; l.curr && i < index && l.curr->next; ++i)
+        l.curr = l.curr->next;
+}
 
-    E* GoNext() {
-        if (curr)
-            curr = curr->next;
-        return Curr();
-    }
+template <class L>
+unsigned long AsnListCurrIndex(const L& l) {
+    unsigned long i = 0;
+    for (auto* p = l.first; p; p = p->next, ++i)
+        if (p == l.curr)
+            return i;
+    return l.count;
+}
 
-    E* GoPrev() {
-        if (curr)
-            curr = curr->prev;
-        return Curr();
-    }
+// A new element between `before` and `after`, made current.
+template <class L>
+AsnElmtOf<L>* AsnListInsert(L& l, typename L::AsnListElmt* before, typename L::AsnListElmt* after) {
+    AsnElmtOf<L>* e = AsnListLink(l, before, after, new AsnElmtOf<L>);
+    l.curr = before ? before->next : l.first;
+    return e;
+}
 
-    void SetCurrToFirst() { curr = first; }
-    void SetCurrToLast() { curr = last; }
+// A new element before (or after) the current one, at the front (or the
+// end) when none is current.
+template <class L>
+AsnElmtOf<L>* AsnListInsertBefore(L& l) {
+    return l.curr ? AsnListInsert(l, l.curr->prev, l.curr) : AsnListInsert(l, nullptr, l.first);
+}
+template <class L>
+AsnElmtOf<L>* AsnListInsertAfter(L& l) {
+    return l.curr ? AsnListInsert(l, l.curr, l.curr->next) : AsnListInsert(l, l.last, nullptr);
+}
 
-    void SetCurrElmt(unsigned long index) {
-        curr = first;
-        for (unsigned long i = 0; curr && i < index && curr->next; ++i)
-            curr = curr->next;
-    }
+// A copy of `elmt` before (or after) the current one; the cursor stays.
+template <class L>
+void AsnListCopyBefore(L& l, const AsnElmtOf<L>& elmt) {
+    auto* at = l.curr ? l.curr : l.first;
+    *AsnListLink(l, at ? at->prev : nullptr, at, new AsnElmtOf<L>) = elmt;
+}
+template <class L>
+void AsnListCopyAfter(L& l, const AsnElmtOf<L>& elmt) {
+    auto* at = l.curr ? l.curr : l.last;
+    *AsnListLink(l, at, at ? at->next : nullptr, new AsnElmtOf<L>) = elmt;
+}
 
-    unsigned long GetCurrElmtIndex() const {
-        unsigned long i = 0;
-        for (AsnListElmt* p = first; p; p = p->next, ++i)
-            if (p == curr)
-                return i;
-        return count;
-    }
+// Elements stand on the wire in list order, so they are written last first.
+template <class L>
+AsnLen AsnListEncContent(const L& l, AsnBuf& b) {
+    AsnLen len = 0;
+    for (auto* p = l.last; p; p = p->prev)
+        len += BEncLenTag(b, p->elmt->BEncContent(b), AsnSequenceTag);
+    return len;
+}
 
-    // The new element becomes current.
-    E* Append() {
-        Link(last, nullptr, new E);
-        curr = last;
-        return curr->elmt;
-    }
-
-    E* Prepend() {
-        Link(nullptr, first, new E);
-        curr = first;
-        return curr->elmt;
-    }
-
-    E* InsertBefore() {
-        if (!curr)
-            return Prepend();
-        AsnListElmt* at = curr;
-        Link(at->prev, at, new E);
-        curr = at->prev;
-        return curr->elmt;
-    }
-
-    E* InsertAfter() {
-        if (!curr)
-            return Append();
-        AsnListElmt* at = curr;
-        Link(at, at->next, new E);
-        curr = at->next;
-        return curr->elmt;
-    }
-
-    // The copies leave the cursor where it was.
-    L& AppendCopy(const E& elmt) {
-        *Link(last, nullptr, new E) = elmt;
-        return Self();
-    }
-
-    L& PrependCopy(const E& elmt) {
-        *Link(nullptr, first, new E) = elmt;
-        return Self();
-    }
-
-    L& InsertBeforeAndCopy(const E& elmt) {
-        if (curr)
-            *Link(curr->prev, curr, new E) = elmt;
-        else
-            PrependCopy(elmt);
-        return Self();
-    }
-
-    L& InsertAfterAndCopy(const E& elmt) {
-        if (curr)
-            *Link(curr, curr->next, new E) = elmt;
-        else
-            AppendCopy(elmt);
-        return Self();
-    }
-
-    // A node removed from the middle leaves its successor current.
-    void RemoveCurrFromList() {
-        if (!curr)
+// The content of a list, whose elements must all carry AsnSequenceTag;
+// another tag fails with `elmtCode`. Elements are appended as they come.
+template <class L>
+void AsnListDecContent(L& l, AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env, int elmtCode) {
+    AsnLen listBytes = 0;
+    for (;;) {
+        if (elmtLen != IndefiniteLen && listBytes >= elmtLen) {
+            bytesDecoded += listBytes;
             return;
-        AsnListElmt* gone = curr;
-        if (gone->prev)
-            gone->prev->next = gone->next;
-        else
-            first = gone->next;
-        if (gone->next)
-            gone->next->prev = gone->prev;
-        else
-            last = gone->prev;
-        curr = gone->next ? gone->next : gone->prev;
-        --count;
-        if (count == 0)
-            first = curr = last = nullptr;
-        delete gone->elmt;
-        delete gone;
-    }
-
-    // Elements stand on the wire in list order, so they are written last first.
-    AsnLen BEncContent(AsnBuf& b) const {
-        AsnLen len = 0;
-        for (AsnListElmt* p = last; p; p = p->prev)
-            len += BEncLenTag(b, p->elmt->BEncContent(b), AsnSequenceTag);
-        return len;
-    }
-
-    AsnLen BEnc(AsnBuf& b) const override { return BEncLenTag(b, BEncContent(b), AsnSetTag); }
-
-    void Print(std::ostream& os) const override {
-        os << "{ -- SEQUENCE/SET OF -- " << std::endl;
-        indentLevel = static_cast<unsigned short>(indentLevel + indentStep);
-        for (AsnListElmt* p = first; p; p = p->next) {
-            Indent(os, indentLevel);
-            os << *p->elmt;
-            if (p != last)
-                os << ",";
-            os << std::endl;
         }
-        indentLevel = static_cast<unsigned short>(indentLevel - indentStep);
+        AsnTag tag = BDecTag(b, listBytes, env);
+        if (tag == 0 && elmtLen == IndefiniteLen) {
+            BDecEocSecondOctet(b, listBytes);
+            bytesDecoded += listBytes;
+            return;
+        }
+        if (tag != AsnSequenceTag)
+            AsnDecodeFail(env, elmtCode, AsnUnexpectedTagText);
+        AsnLen len = BDecLen(b, listBytes, env);
+        AsnListInsert(l, l.last, nullptr)->BDecContent(b, tag, len, listBytes, env);
+    }
+}
+
+template <class L>
+void AsnListPrint(const L& l, std::ostream& os) {
+    os << "{ -- SEQUENCE/SET OF -- " << std::endl;
+    indentLevel = static_cast<unsigned short>(indentLevel + indentStep);
+    for (auto* p = l.first; p; p = p->next) {
         Indent(os, indentLevel);
-        os << "}";
+        os << *p->elmt;
+        if (p != l.last)
+            os << ",";
+        os << std::endl;
     }
+    indentLevel = static_cast<unsigned short>(indentLevel - indentStep);
+    Indent(os, indentLevel);
+    os << "}";
+}
 
-    const AsnTypeDesc* _getdesc() const override { return &L::_desc; }
-
-    // "N" is the element at N; "insert N" makes a new one there. The cursor
-    // moves to it.
-    AsnType* _getref(const char* name, bool = false) override {
-        unsigned long n;
-        switch (AsnListRefName(name, &n)) {
-        case AsnListRefInsert:
-            if (n == count)
-                return Append();
-            if (n > count)
-                return nullptr;
-            SetCurrElmt(n);
-            return InsertBefore();
-        case AsnListRefIndex:
-            if (n >= count)
-                return nullptr;
-            SetCurrElmt(n);
-            return curr->elmt;
-        default:
+// "N" is the element at N; "insert N" makes a new one there. The cursor
+// moves to it.
+template <class L>
+AsnType* AsnListRef(L& l, const char* name) {
+    unsigned long n;
+    switch (AsnListRefName(name, &n)) {
+    case AsnListRefInsert:
+        if (n > l.count)
             return nullptr;
-        }
+        if (n == l.count)
+            return AsnListInsert(l, l.last, nullptr);
+        AsnListSetCurr(l, n);
+        return AsnListInsertBefore(l);
+    case AsnListRefIndex:
+        if (n >= l.count)
+            return nullptr;
+        AsnListSetCurr(l, n);
+        return l.curr->elmt;
+    default:
+        return nullptr;
     }
+}
 
-    // Calls `visit` with each element of `list`, first to last: the
-    // descriptor's walk.
-    static void ForEach(const AsnType& list, void (*visit)(AsnType& elmt, void* context), void* context) {
-        for (AsnListElmt* p = static_cast<const L&>(list).first; p; p = p->next)
-            visit(*p->elmt, context);
-    }
-
-protected:
-    // The content of a list whose elements must all carry `AsnSequenceTag`;
-    // another tag fails with `elmtCode`.
-    void DecodeContent(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env, int elmtCode) {
-        AsnLen listBytes = 0;
-        for (;;) {
-            if (elmtLen != IndefiniteLen && listBytes >= elmtLen) {
-                bytesDecoded += listBytes;
-                return;
-            }
-            AsnTag tag = BDecTag(b, listBytes, env);
-            if (tag == 0 && elmtLen == IndefiniteLen) {
-                BDecEocSecondOctet(b, listBytes);
-                bytesDecoded += listBytes;
-                return;
-            }
-            if (tag != AsnSequenceTag)
-                AsnDecodeFail(env, elmtCode, AsnUnexpectedTagText);
-            AsnLen len = BDecLen(b, listBytes, env);
-            Append()->BDecContent(b, tag, len, listBytes, env);
-        }
-    }
-
-private:
-    L& Self() { return static_cast<L&>(*this); }
-    const L& Self() const { return static_cast<const L&>(*this); }
-
-    void Clear() {
-        for (curr = first; curr;)
-            RemoveCurrFromList();
-    }
-
-    // Links a new node holding `elmt` between `before` and `after`.
-    E* Link(AsnListElmt* before, AsnListElmt* after, E* elmt) {
-        AsnListElmt* node = new AsnListElmt;
-        node->prev = before;
-        node->next = after;
-        node->elmt = elmt;
-        if (before)
-            before->next = node;
-        else
-            first = node;
-        if (after)
-            after->prev = node;
-        else
-            last = node;
-        ++count;
-        return elmt;
-    }
-};
+// The descriptor's walk: `visit` with each element, first to last.
+template <class L>
+void AsnListForEach(const AsnType& list, void (*visit)(AsnType& elmt, void* context), void* context) {
+    for (auto* p = static_cast<const L&>(list).first; p; p = p->next)
+        visit(*p->elmt, context);
+}
