@@ -81,12 +81,12 @@ AsnLen AsnBits::BEncContent(AsnBuf& b) const {
     return static_cast<AsnLen>(n + 1);
 }
 
-AsnLen AsnBits::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x03000000u); }
+AsnLen AsnBits::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), AsnBitStringTag); }
 
 void AsnBits::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x03000000u && tag != 0x23000000u)
-        AsnDecodeFail(env, -50, "AsnBits::BDec: ERROR tag on BIT STRING is wrong.");
+    if (tag != AsnBitStringTag && tag != (AsnBitStringTag | AsnConstructedBit))
+        AsnDecodeFail(env, AsnBitsWrongTagCode, "AsnBits::BDec: ERROR tag on BIT STRING is wrong.");
     AsnLen len = BDecLen(b, bytesDecoded, env);
     BDecContent(b, tag, len, bytesDecoded, env);
 }
@@ -100,16 +100,16 @@ void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
     // A primitive element has at least its unused-bits octet, and cannot
     // claim more unused bits than its octets hold.
     if (elmtLen == 0)
-        AsnDecodeFail(env, -1, "BDecBitString: ERROR - no unused-bits octet");
+        AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - no unused-bits octet");
     bytesDecoded += elmtLen;
     unsigned unused = b.GetByte();
     size_t octets = elmtLen - 1;
     size_t n = octets;
     char* src = b.GetSeg(&n);
     if (n < octets || b.ReadError())
-        AsnDecodeFail(env, -1, "BDecBitString: ERROR - decoded past end of data");
+        AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - decoded past end of data");
     if (unused > octets * 8)
-        AsnDecodeFail(env, -1, "BDecBitString: ERROR - more unused bits than bits held");
+        AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - more unused bits than bits held");
     delete[] bits;  // held by a value decoded again, as an open type's clone
     bits = new char[n ? n : 1];
     if (n)
@@ -123,7 +123,7 @@ void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
     FillBitStringStk(b, elmtLen, bytesDecoded, env, 0);
     size_t total = stringStack.totalByteLen;
     if (pendingUnusedBits > total * 8)
-        AsnDecodeFail(env, -2, "BDecConsBitString: ERROR - more unused bits than bits held");
+        AsnDecodeFail(env, AsnBitsUnusedCode, "BDecConsBitString: ERROR - more unused bits than bits held");
     delete[] bits;
     bits = new char[total ? total : 1];
     stringStack.CopyOut(bits);
@@ -140,9 +140,9 @@ void AsnBits::FillBitStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, 
             break;
         }
         AsnLen len = BDecLen(b, count, env);
-        if (tag == 0x03000000u) {
+        if (tag == AsnBitStringTag) {
             if (pendingUnusedBits != 0)
-                AsnDecodeFail(env, -2,
+                AsnDecodeFail(env, AsnBitsUnusedCode,
                               "BDecConsBitString: ERROR - a component of a constructed BIT STRING "
                               "that is not the last has non-zero unused bits");
             if (len != 0) {
@@ -151,19 +151,19 @@ void AsnBits::FillBitStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, 
                     size_t n = missing;
                     char* piece = b.GetSeg(&n);
                     if (n == 0)
-                        AsnDecodeFail(env, -3, "BDecConsOctetString: ERROR - expecting more data");
+                        AsnDecodeFail(env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
                     stringStack.Push(piece, n);
                     missing -= n;
                 }
             }
             count += len;
-        } else if (tag == 0x23000000u) {
+        } else if (tag == (AsnBitStringTag | AsnConstructedBit)) {
             if (depth + 1 >= AsnMaxNesting)
-                AsnDecodeFail(env, -4,
+                AsnDecodeFail(env, AsnBitsFormCode,
                               "BDecConsBitString: ERROR - constructed BIT STRING nested too deep");
             FillBitStringStk(b, len, count, env, depth + 1);
         } else {
-            AsnDecodeFail(env, -4,
+            AsnDecodeFail(env, AsnBitsFormCode,
                           "BDecConsBitString: ERROR - decoded non-BIT STRING tag inside a "
                           "constructed BIT STRING");
         }

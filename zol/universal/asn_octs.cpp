@@ -52,24 +52,24 @@ static void FillOctetStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, 
             break;
         }
         AsnLen len = BDecLen(b, count, env);
-        if (tag == 0x04000000u) {
+        if (tag == AsnOctetStringTag) {
             for (size_t missing = len; missing;) {
                 size_t n = missing;
                 char* piece = b.GetSeg(&n);
                 if (n == 0)
-                    AsnDecodeFail(env, -15,
+                    AsnDecodeFail(env, AsnConsOctsPastEndCode,
                                   "BDecConsOctetString: ERROR - attempt to decode past end of data");
                 stringStack.Push(piece, n);
                 missing -= n;
             }
             count += len;
-        } else if (tag == 0x24000000u) {
+        } else if (tag == (AsnOctetStringTag | AsnConstructedBit)) {
             if (depth + 1 >= AsnMaxNesting)
-                AsnDecodeFail(env, -16,
+                AsnDecodeFail(env, AsnConsOctsFormCode,
                               "BDecConsOctetString: ERROR - constructed OCTET STRING nested too deep");
             FillOctetStringStk(b, len, count, env, depth + 1);
         } else {
-            AsnDecodeFail(env, -16,
+            AsnDecodeFail(env, AsnConsOctsFormCode,
                           "BDecConsOctetString: ERROR - decoded non-OCTET STRING tag inside a "
                           "constructed OCTET STRING");
         }
@@ -137,7 +137,7 @@ void AsnOcts::BDecWithTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, unsign
 AsnLen AsnOcts::BEnc(AsnBuf& b) const { return BEncWithTag(b, 0x04); }
 
 void AsnOcts::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    BDecWithTag(b, bytesDecoded, env, 0x04, -56, "AsnOcts::BDec: ERROR tag on OCTET STRING is wrong.");
+    BDecWithTag(b, bytesDecoded, env, 0x04, AsnOctsWrongTagCode, "AsnOcts::BDec: ERROR tag on OCTET STRING is wrong.");
 }
 
 void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
@@ -150,7 +150,7 @@ void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
     size_t n = elmtLen;
     char* src = b.GetSeg(&n);
     if (n < elmtLen || b.ReadError())
-        AsnDecodeFail(env, -14, "BDecOctetString: ERROR - decoded past end of data");
+        AsnDecodeFail(env, AsnOctsPastEndCode, "BDecOctetString: ERROR - decoded past end of data");
     // A value decoded again (an open type's clone of its prototype) gives
     // up what it held; a fresh one holds nothing.
     delete[] octs;
