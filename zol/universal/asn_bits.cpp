@@ -4,11 +4,19 @@
 #include <new>
 #include <ostream>
 
-#include "zol/universal/asn_octs.h"
+#include "zol/universal/asn_segments.h"
 
 const AsnNamesTypeDesc AsnBits::_desc(nullptr, nullptr, false, AsnTypeDesc::BIT_STRING, nullptr, nullptr);
 
 unsigned short pendingUnusedBits = 0;
+
+namespace {
+
+const AsnSegmentKind kBitPieces = {
+    AsnBitStringTag, AsnBitsFormCode, "BDecConsBitString: ERROR - constructed BIT STRING nested too deep",
+    "BDecConsBitString: ERROR - decoded non-BIT STRING tag inside a constructed BIT STRING"};
+
+}  // namespace
 
 AsnBits::~AsnBits() { delete[] bits; }
 
@@ -120,7 +128,18 @@ void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
 void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
     stringStack.Reset();
     pendingUnusedBits = 0;
-    FillBitStringStk(b, elmtLen, bytesDecoded, env, 0);
+    // Only the last piece may leave bits unused; each piece's first octet
+    // says how many.
+    AsnWalkSegments(b, elmtLen, bytesDecoded, env, kBitPieces, [&](AsnLen len) {
+        if (pendingUnusedBits != 0)
+            AsnDecodeFail(env, AsnBitsUnusedCode,
+                          "BDecConsBitString: ERROR - a component of a constructed BIT STRING "
+                          "that is not the last has non-zero unused bits");
+        if (len != 0) {
+            pendingUnusedBits = b.GetByte();
+            AsnPushSegment(b, len - 1, env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
+        }
+    });
     size_t total = stringStack.totalByteLen;
     if (pendingUnusedBits > total * 8)
         AsnDecodeFail(env, AsnBitsUnusedCode, "BDecConsBitString: ERROR - more unused bits than bits held");
@@ -128,47 +147,6 @@ void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
     bits = new char[total ? total : 1];
     stringStack.CopyOut(bits);
     bitLen = total * 8 - pendingUnusedBits;
-}
-
-void AsnBits::FillBitStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env,
-                               unsigned depth) {
-    AsnLen count = 0;
-    while (elmtLen == IndefiniteLen || count < elmtLen) {
-        AsnTag tag = BDecTag(b, count, env);
-        if (tag == 0 && elmtLen == IndefiniteLen) {
-            BDecEocSecondOctet(b, count);
-            break;
-        }
-        AsnLen len = BDecLen(b, count, env);
-        if (tag == AsnBitStringTag) {
-            if (pendingUnusedBits != 0)
-                AsnDecodeFail(env, AsnBitsUnusedCode,
-                              "BDecConsBitString: ERROR - a component of a constructed BIT STRING "
-                              "that is not the last has non-zero unused bits");
-            if (len != 0) {
-                pendingUnusedBits = b.GetByte();
-                for (size_t missing = len - 1; missing;) {
-                    size_t n = missing;
-                    char* piece = b.GetSeg(&n);
-                    if (n == 0)
-                        AsnDecodeFail(env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
-                    stringStack.Push(piece, n);
-                    missing -= n;
-                }
-            }
-            count += len;
-        } else if (tag == (AsnBitStringTag | AsnConstructedBit)) {
-            if (depth + 1 >= AsnMaxNesting)
-                AsnDecodeFail(env, AsnBitsFormCode,
-                              "BDecConsBitString: ERROR - constructed BIT STRING nested too deep");
-            FillBitStringStk(b, len, count, env, depth + 1);
-        } else {
-            AsnDecodeFail(env, AsnBitsFormCode,
-                          "BDecConsBitString: ERROR - decoded non-BIT STRING tag inside a "
-                          "constructed BIT STRING");
-        }
-    }
-    bytesDecoded += count;
 }
 
 void AsnBits::Print(std::ostream& os) const {
