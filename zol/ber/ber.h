@@ -16,9 +16,8 @@
 // decoding call.
 typedef std::jmp_buf DecodeEnv;
 
-// Constructed strings and bit strings may nest; each level is one call
-// deep. Deeper nesting than this is refused before recursing, so hostile
-// input cannot exhaust the stack.
+// Constructed strings and bit strings may nest; their walk keeps a count
+// per level open, in an array of this many. Deeper nesting is refused.
 const unsigned AsnMaxNesting = 64;
 
 // Writes `text` and a line end to standard error and long-jumps with `code`.
