@@ -44,20 +44,14 @@ std::string Printed(const AsnType& v) {
     return os.str();
 }
 
-const AsnTypeDesc* Resolved(const AsnTypeDesc* d) {
-    while (d->type == AsnTypeDesc::ALIAS)
-        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
-    return d;
-}
-
 bool IsComposite(const AsnTypeDesc* d) {
-    AsnTypeDesc::Type t = Resolved(d)->type;
+    AsnTypeDesc::Type t = AsnResolved(d)->type;
     return t == AsnTypeDesc::SEQUENCE || t == AsnTypeDesc::CHOICE;
 }
 
 // Whether any name along the alias chain of `d` contains `word`.
 bool NamedLike(const AsnTypeDesc* d, const char* word) {
-    for (; d; d = d->type == AsnTypeDesc::ALIAS ? static_cast<const AsnAliasTypeDesc*>(d)->base : nullptr)
+    for (; d; d = AsnAliasBase(d))
         if (d->name && std::strstr(d->name, word))
             return true;
     return false;
@@ -169,7 +163,7 @@ struct FillAll {
     int k = 0;
 
     void Fill(AsnType* v, const AsnTypeDesc* d, const char* member) {
-        const AsnTypeDesc* r = Resolved(d);
+        const AsnTypeDesc* r = AsnResolved(d);
         ++k;
         switch (r->type) {
         case AsnTypeDesc::SEQUENCE:
@@ -258,7 +252,7 @@ std::unique_ptr<ZolOrderbookByPriceRep> Book() {
 // The kinds of the primitive leaves of `v` in the order they stand on the
 // wire: true for an octet string.
 void LeafKinds(AsnType* v, const AsnTypeDesc* d, std::vector<bool>& out) {
-    const AsnTypeDesc* r = Resolved(d);
+    const AsnTypeDesc* r = AsnResolved(d);
     switch (r->type) {
     case AsnTypeDesc::SEQUENCE:
         for (const AsnSe_MemberDesc* m = static_cast<const AsnSe_TypeDesc*>(r)->members; m->name; ++m)
@@ -273,12 +267,7 @@ void LeafKinds(AsnType* v, const AsnTypeDesc* d, std::vector<bool>& out) {
             }
         break;
     case AsnTypeDesc::SET_OF:
-        for (unsigned long i = 0;; ++i) {
-            AsnType* e = v->_getref(std::to_string(i).c_str(), false);
-            if (!e)
-                break;
-            LeafKinds(e, static_cast<const AsnListTypeDesc*>(r)->base, out);
-        }
+        AsnForEachElement(*v, [&](AsnType& e) { LeafKinds(&e, static_cast<const AsnListTypeDesc*>(r)->base, out); });
         break;
     default:
         out.push_back(r->type == AsnTypeDesc::OCTET_STRING);
@@ -304,24 +293,17 @@ std::string DefiniteLen(size_t n) {
 std::string Rewrite(const std::string& in, size_t& at, size_t end, const std::vector<bool>& kinds, size_t& leaf) {
     std::string out;
     while (at < end) {
-        size_t tagAt = at;
-        unsigned char first = static_cast<unsigned char>(in[at++]);
-        if ((first & 0x1F) == 0x1F)
-            while (static_cast<unsigned char>(in[at++]) & 0x80) {
-            }
-        std::string tag = in.substr(tagAt, at - tagAt);
-        size_t len = static_cast<unsigned char>(in[at++]);
-        if (len & 0x80) {
-            size_t n = len & 0x7F;
-            len = 0;
-            while (n--)
-                len = (len << 8) | static_cast<unsigned char>(in[at++]);
-        }
-        if (first & 0x20) {
+        AsnTlv tlv;
+        if (AsnReadTlv(in.data() + at, end - at, tlv) != AsnTlvComplete || tlv.length == IndefiniteLen)
+            Die("constructed-string rewrite met an element it does not take");
+        std::string tag = in.substr(at, BTagLen(tlv.tag));
+        size_t len = tlv.length;
+        at += tlv.headerSize;
+        if (tlv.tag & AsnConstructedBit) {
             std::string content = Rewrite(in, at, at + len, kinds, leaf);
             out += tag + DefiniteLen(content.size()) + content;
         } else if (kinds.at(leaf++)) {
-            tag[0] = char(first | 0x20);
+            tag[0] = char(tag[0] | 0x20);
             out += tag + '\x80';
             for (size_t i = 0; i < len; i += 8) {
                 size_t piece = std::min<size_t>(8, len - i);
@@ -451,7 +433,7 @@ Case::~Case() {
 
 long RuleAllocs(AsnType* v) {
     long n = 0;
-    const AsnTypeDesc* r = Resolved(v->_getdesc());
+    const AsnTypeDesc* r = AsnResolved(v->_getdesc());
     switch (r->type) {
     case AsnTypeDesc::SEQUENCE:
         for (const AsnSe_MemberDesc* m = static_cast<const AsnSe_TypeDesc*>(r)->members; m->name; ++m)
@@ -466,12 +448,7 @@ long RuleAllocs(AsnType* v) {
             }
         break;
     case AsnTypeDesc::SET_OF:
-        for (unsigned long i = 0;; ++i) {
-            AsnType* e = v->_getref(std::to_string(i).c_str(), false);
-            if (!e)
-                break;
-            n += 2 + RuleAllocs(e);
-        }
+        AsnForEachElement(*v, [&n](AsnType& e) { n += 2 + RuleAllocs(&e); });
         break;
     case AsnTypeDesc::OCTET_STRING:
     case AsnTypeDesc::BIT_STRING:

@@ -6,7 +6,6 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <string>
 
@@ -14,31 +13,11 @@
 
 namespace {
 
-const AsnTypeDesc* FindType(const char* name) {
-    for (const AsnModuleDesc* const* m = Zol::AsnModules; *m; ++m)
-        for (const AsnTypeDesc* const* t = (*m)->types; *t; ++t)
-            if (std::strcmp((*t)->name, name) == 0)
-                return *t;
-    return nullptr;
-}
-
-// The kind at the end of an alias chain.
-AsnTypeDesc::Type Kind(const AsnTypeDesc* d) {
-    while (d->type == AsnTypeDesc::ALIAS)
-        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
-    return d->type;
-}
-
-const AsnTypeDesc* Base(const AsnTypeDesc* d) {
-    while (d->type == AsnTypeDesc::ALIAS)
-        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
-    return d;
-}
-
 void Leaf(const std::string& path, AsnType& v) {
     const AsnTypeDesc* d = v._getdesc();
-    std::printf("%-44s %-22s ", path.c_str(), d->name ? d->name : AsnTypeDesc::typenames[d->type]);
-    switch (Kind(d)) {
+    const AsnTypeDesc* kind = AsnResolved(d);
+    std::printf("%-44s %-22s ", path.c_str(), AsnTypeName(d));
+    switch (kind->type) {
     case AsnTypeDesc::INTEGER:
         std::printf("%d\n", static_cast<AsnInt&>(v).value);
         break;
@@ -70,13 +49,13 @@ void Leaf(const std::string& path, AsnType& v) {
         break;
     }
     default:
-        std::printf("%s\n", AsnTypeDesc::typenames[Kind(d)]);
+        std::printf("%s\n", AsnTypeDesc::typenames[kind->type]);
         break;
     }
 }
 
 void Walk(const std::string& path, AsnType& v) {
-    const AsnTypeDesc* d = Base(v._getdesc());
+    const AsnTypeDesc* d = AsnResolved(v._getdesc());
     std::string prefix = path.empty() ? "" : path + ".";
     switch (d->type) {
     case AsnTypeDesc::SEQUENCE:
@@ -96,10 +75,11 @@ void Walk(const std::string& path, AsnType& v) {
             }
         break;
     case AsnTypeDesc::SET_OF:
-    case AsnTypeDesc::SEQUENCE_OF:
-        for (unsigned long i = 0; AsnType* e = v._getref(std::to_string(i).c_str()); ++i)
-            Walk(path + "[" + std::to_string(i) + "]", *e);
+    case AsnTypeDesc::SEQUENCE_OF: {
+        unsigned long i = 0;
+        AsnForEachElement(v, [&](AsnType& e) { Walk(path + "[" + std::to_string(i++) + "]", e); });
         break;
+    }
     default:
         Leaf(path, v);
         break;
@@ -113,7 +93,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: zol-walk TYPE HEX...\n");
         return 2;
     }
-    const AsnTypeDesc* type = FindType(argv[1]);
+    const AsnTypeDesc* type = Zol::FindType(argv[1]);
     if (!type) {
         std::fprintf(stderr, "zol-walk: no type named %s\n", argv[1]);
         return 2;
@@ -130,7 +110,8 @@ int main(int argc, char** argv) {
     std::unique_ptr<AsnType> value(type->create());
     if (!Zol::AsnBuffer::Decode(bytes.data(), bytes.size(), *value))
         return 1;
-    std::printf("%s of module %s, a %s\n", type->name, type->module->name, AsnTypeDesc::typenames[Kind(type)]);
+    std::printf("%s of module %s, a %s\n", type->name, type->module->name,
+                AsnTypeDesc::typenames[AsnResolved(type)->type]);
     Walk("", *value);
     return 0;
 }

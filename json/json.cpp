@@ -11,14 +11,6 @@ namespace Zol {
 
 namespace {
 
-// The descriptor at the end of an alias chain: the kind that decides the
-// JSON form.
-const AsnTypeDesc* Resolved(const AsnTypeDesc* d) {
-    while (d->type == AsnTypeDesc::ALIAS)
-        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
-    return d;
-}
-
 // The enumeration's name for `v`, or null. Universal enumerations have no
 // names table.
 const char* EnumName(const AsnTypeDesc* d, int32_t v) {
@@ -45,7 +37,7 @@ T& Leaf(AsnType& v, const char* kind) {
 
 Json Write(AsnType& v) {
     const AsnTypeDesc* d = v._getdesc();
-    const AsnTypeDesc* r = Resolved(d);
+    const AsnTypeDesc* r = AsnResolved(d);
     switch (r->type) {
     case AsnTypeDesc::SEQUENCE:
     case AsnTypeDesc::SET: {
@@ -67,12 +59,7 @@ Json Write(AsnType& v) {
     case AsnTypeDesc::SET_OF:
     case AsnTypeDesc::SEQUENCE_OF: {
         Json out = Json::array();
-        for (unsigned long i = 0;; ++i) {
-            AsnType* e = v._getref(std::to_string(i).c_str());
-            if (!e)
-                break;
-            out.push_back(Write(*e));
-        }
+        AsnForEachElement(v, [&out](AsnType& e) { out.push_back(Write(e)); });
         return out;
     }
     case AsnTypeDesc::INTEGER:
@@ -130,7 +117,7 @@ class Reader {
 public:
     void Read(const Json& j, AsnType& v) {
         const AsnTypeDesc* d = v._getdesc();
-        const AsnTypeDesc* r = Resolved(d);
+        const AsnTypeDesc* r = AsnResolved(d);
         switch (r->type) {
         case AsnTypeDesc::SEQUENCE:
         case AsnTypeDesc::SET:
@@ -335,15 +322,13 @@ private:
         return -1;
     }
 
-    static const char* Name(const AsnType& v) {
-        const AsnTypeDesc* d = v._getdesc();
-        return d->name ? d->name : AsnTypeDesc::typenames[d->type];
-    }
+    static const char* Name(const AsnType& v) { return AsnTypeName(v._getdesc()); }
 };
 
 }  // namespace
 
-// Walking by index moves a list's cursor, which is not part of the value.
+// Members are reached through _getref, which hands out a value's parts
+// for writing too; writing JSON only reads them.
 Json ToJson(const AsnType& value) { return Write(const_cast<AsnType&>(value)); }
 
 void FromJson(const Json& json, AsnType& value) { Reader().Read(json, value); }

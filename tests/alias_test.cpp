@@ -34,6 +34,8 @@ TEST(Alias, DescriptorsFollowTheChain) {
     for (const auto& r : rows) {
         EXPECT_EQ(r.desc->type, AsnTypeDesc::ALIAS) << r.name;
         EXPECT_EQ(r.desc->gettype(), r.resolved) << r.name;
+        EXPECT_EQ(AsnResolved(r.desc)->type, r.resolved) << r.name;
+        EXPECT_STREQ(AsnTypeName(r.desc), r.name);
         EXPECT_STREQ(r.desc->getname(), r.name);
         EXPECT_EQ(r.desc->getmodule(), r.module) << r.name;
         EXPECT_FALSE(r.desc->ispdu());
@@ -44,6 +46,24 @@ TEST(Alias, DescriptorsFollowTheChain) {
     auto* price = static_cast<const AsnAliasTypeDesc*>(&ZolPrice::_desc);
     EXPECT_EQ(price->base, &ZolFixedReal::_desc);
     EXPECT_EQ(static_cast<const AsnAliasTypeDesc*>(price->base)->base, &AsnFixedReal::_desc);
+    EXPECT_EQ(AsnAliasBase(&ZolFixedReal::_desc), &AsnFixedReal::_desc);
+    EXPECT_EQ(AsnAliasBase(&AsnFixedReal::_desc), nullptr);
+    EXPECT_EQ(AsnResolved(&ZolPrice::_desc), &AsnFixedReal::_desc);
+    // A universal class is shown by its kind.
+    EXPECT_STREQ(AsnTypeName(&AsnInt::_desc), "INTEGER");
+    EXPECT_STREQ(AsnTypeName(&AsnOcts::_desc), "OCTET STRING");
+
+    // By name across the modules: whole names only, the last module too.
+    EXPECT_EQ(Zol::FindType("ZolPrice"), &ZolPrice::_desc);
+    EXPECT_EQ(Zol::FindType("ZolPricePoint"), &ZolPricePoint::_desc);
+    EXPECT_EQ(Zol::FindType("ZolPric"), nullptr);
+    const AsnModuleDesc* const* last = Zol::AsnModules;
+    while (last[1])
+        ++last;
+    EXPECT_EQ(Zol::FindType((*last)->types[0]->name), (*last)->types[0]);
+    EXPECT_EQ(Zol::FindType("PatVerb"), nullptr);  // not a module of the protocol
+    const AsnModuleDesc* const patterns[] = {&TESTPATTERNSModule, nullptr};
+    EXPECT_EQ(AsnFindType(patterns, "PatVerb"), &PatVerb::_desc);
 
     // Names through an alias are the enumeration's own table.
     const AsnNameDesc* levels = ZolAccessLevel::_desc.getnames();

@@ -35,29 +35,13 @@ inline AsnType* At(AsnType* v, const std::string& path) {
 // The identifier octets of the elements inside the outermost element, as
 // "30, 9F 52, BF 2D".
 inline std::string InnerTags(const std::string& enc) {
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(enc.data());
-    size_t i = 0;
-    auto element = [&](std::string* tag) {
-        size_t start = i;
-        if ((p[i++] & 0x1F) == 0x1F)
-            while (p[i++] & 0x80) {
-            }
-        if (tag)
-            *tag = Hex(enc.data() + start, i - start);
-        size_t len = p[i++];
-        if (len & 0x80) {
-            size_t n = len & 0x7F;
-            for (len = 0; n--;)
-                len = len << 8 | p[i++];
-        }
-        return len;
-    };
-    size_t end = element(nullptr);
-    end += i;
-    std::string out, tag;
-    while (i < end) {
-        i += element(&tag);
-        out += (out.empty() ? "" : ", ") + tag;
+    AsnTlv outer, inner;
+    AsnReadTlv(enc.data(), enc.size(), outer);
+    std::string out;
+    for (size_t i = outer.headerSize; i < outer.totalSize; i += inner.totalSize) {
+        if (AsnReadTlv(enc.data() + i, outer.totalSize - i, inner) != AsnTlvComplete)
+            return out + " <malformed>";
+        out += (out.empty() ? "" : ", ") + Hex(enc.data() + i, BTagLen(inner.tag));
     }
     return out;
 }
@@ -73,7 +57,7 @@ struct Case {
 
 inline void Check(const Case& c) {
     SCOPED_TRACE(std::string(c.type) + ": " + c.wire);
-    const AsnTypeDesc* d = FindType(c.type);
+    const AsnTypeDesc* d = Zol::FindType(c.type);
     ASSERT_TRUE(d);
     std::unique_ptr<AsnType> v(d->create());
     std::string wire = c.wire;

@@ -79,14 +79,14 @@ TEST(Catalogue, FailureCodesOfEveryClass) {
             std::string name;
             int first = 0, last = 0;
             fields >> name >> first >> last;
-            const AsnTypeDesc* d = zt::FindType(name);
+            const AsnTypeDesc* d = Zol::FindType(name.c_str());
             ASSERT_TRUE(d) << file << ": " << name;
             std::unique_ptr<AsnType> v(d->create());
             std::string doorName = std::string(name);
-            switch (zt::Resolved(d)->type) {
+            switch (AsnResolved(d)->type) {
             case AsnTypeDesc::SEQUENCE: {
                 bool allOptional = true, empty = true;
-                for (auto* m = static_cast<const AsnSe_TypeDesc*>(zt::Resolved(d))->members; m->name; ++m)
+                for (auto* m = static_cast<const AsnSe_TypeDesc*>(AsnResolved(d))->members; m->name; ++m)
                     empty = false, allOptional = allOptional && m->optional;
                 int expected = empty || !allOptional ? first : last + 1;
                 zt::Outcome o = zt::Decode(zt::Bytes("30 02 05 00"), *v);
@@ -134,7 +134,7 @@ TEST(Catalogue, WorkedMessagesRoundTrip) {
             else if (line.rfind("type ", 0) == 0)
                 type = line.substr(5);
             else if (line.rfind("hex ", 0) == 0) {
-                const AsnTypeDesc* d = zt::FindType(type);
+                const AsnTypeDesc* d = Zol::FindType(type.c_str());
                 ASSERT_TRUE(d) << type;
                 std::unique_ptr<AsnType> v(d->create());
                 std::string bytes = zt::Bytes(line.c_str() + 4);
@@ -166,7 +166,7 @@ TEST(Catalogue, EnvelopeIds) {
         f >> choice >> id >> name >> type;
         while (f >> octet)
             octets += (octets.empty() ? "" : " ") + octet;
-        auto* cd = static_cast<const AsnChoiceTypeDesc*>(zt::FindType(choice));
+        auto* cd = static_cast<const AsnChoiceTypeDesc*>(Zol::FindType(choice.c_str()));
         ASSERT_TRUE(cd) << choice;
         EXPECT_EQ(cd->choicebyname(name.c_str()), id) << line;
         ASSERT_TRUE(cd->choicebyvalue(id)) << line;

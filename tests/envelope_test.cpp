@@ -114,7 +114,7 @@ TEST(Envelope, NullAlternativeIsAnEmptySequence) {
     const char* const types[] = {"ZolTransReqChoice", "ZolQueryReqChoice", "ZolTransRep", "ZolQueryRep"};
     for (const char* type : types) {
         SCOPED_TRACE(type);
-        const AsnTypeDesc* d = zt::FindType(type);
+        const AsnTypeDesc* d = Zol::FindType(type);
         for (const char* hex : {"A0 00", "A0 80 00 00"}) {
             std::unique_ptr<AsnType> v(d->create());
             zt::Outcome o = zt::Decode(zt::Bytes(hex), *v);
@@ -348,7 +348,7 @@ TEST(Envelope, DamagedBytesFailCleanly) {
                         {"ZolTransRep", "replyOK"},
                         {"ZolQueryRep", "orderRep"}};
     for (const Row& r : rows) {
-        const AsnTypeDesc* d = zt::FindType(r.type);
+        const AsnTypeDesc* d = Zol::FindType(r.type);
         std::unique_ptr<AsnType> v(d->create());
         zt::Filler filler;
         filler.pick = [&](const AsnChoiceTypeDesc* c) {

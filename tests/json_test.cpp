@@ -17,7 +17,7 @@ using Zol::Json;
 
 // Decodes `hex` as type `name` and gives its JSON text.
 std::string JsonOf(const char* name, const char* hex) {
-    const AsnTypeDesc* d = zt::FindType(name);
+    const AsnTypeDesc* d = Zol::FindType(name);
     std::unique_ptr<AsnType> v(d->create());
     EXPECT_EQ(zt::Decode(zt::Bytes(hex), *v).result, 1) << name;
     return Zol::ToJson(*v).dump();
@@ -25,7 +25,7 @@ std::string JsonOf(const char* name, const char* hex) {
 
 // Reads `json` as type `name`; the encoding as hex, or "error: ..." text.
 std::string EncodedFrom(const char* name, const char* json) {
-    std::unique_ptr<AsnType> v(zt::FindType(name)->create());
+    std::unique_ptr<AsnType> v(Zol::FindType(name)->create());
     try {
         Zol::FromJson(Json::parse(json), *v);
     } catch (const Zol::JsonError& e) {
@@ -146,7 +146,7 @@ TEST(Json, RoundTripsEveryTypeOfEveryModule) {
     int types = 0, values = 0;
     for (const AsnModuleDesc* const* m = Zol::AsnModules; *m; ++m)
         for (const AsnTypeDesc* const* t = (*m)->types; *t; ++t) {
-            const AsnTypeDesc* r = zt::Resolved(*t);
+            const AsnTypeDesc* r = AsnResolved(*t);
             int alternatives = 1;
             if (r->type == AsnTypeDesc::CHOICE)
                 for (const AsnChoiceMemberDesc* a = static_cast<const AsnChoiceTypeDesc*>(r)->members; a->name; ++a)

@@ -223,4 +223,22 @@ TEST(List, ReachByPosition) {
     EXPECT_EQ(l.GetCurrElmtIndex(), 4u);
 }
 
+// The descriptor's walk: every element once, first to last, without
+// touching the cursor; nothing for an empty list or a value of no list.
+TEST(List, ForEachElementWalksInOrderAndLeavesTheCursor) {
+    PatList l;
+    for (int n : {4, 1, 3})
+        l.Append()->num = n;
+    l.SetCurrElmt(1);
+    std::string seen;
+    AsnForEachElement(l, [&seen](AsnType& e) { seen += std::to_string(static_cast<PatElem&>(e).num.value) + " "; });
+    EXPECT_EQ(seen, "4 1 3 ");
+    EXPECT_EQ(l.GetCurrElmtIndex(), 1u);
+
+    int calls = 0;
+    AsnForEachElement(PatList(), [&calls](AsnType&) { ++calls; });
+    AsnForEachElement(Elem(1), [&calls](AsnType&) { ++calls; });
+    EXPECT_EQ(calls, 0);
+}
+
 }  // namespace

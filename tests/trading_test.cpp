@@ -31,7 +31,7 @@ AsnType* At(AsnType& v, const std::string& path) {
 // A member's value as the checks of a vector write it: the text of a
 // string, the printed form of anything else.
 std::string Shown(AsnType& v) {
-    if (zt::Resolved(v._getdesc())->type == AsnTypeDesc::OCTET_STRING)
+    if (AsnResolved(v._getdesc())->type == AsnTypeDesc::OCTET_STRING)
         return std::string(static_cast<AsnOcts&>(v).octs, static_cast<AsnOcts&>(v).octetLen);
     return zt::Printed(v);
 }
@@ -328,7 +328,7 @@ const Wire kWire[] = {
 TEST(Trading, MembersStandWhereTheirNeighboursLeaveThem) {
     for (const Wire& w : kWire) {
         const std::string where = std::string(w.type) + " " + w.hex;
-        const AsnTypeDesc* d = zt::FindType(w.type);
+        const AsnTypeDesc* d = Zol::FindType(w.type);
         ASSERT_TRUE(d) << where;
         std::unique_ptr<AsnType> v(d->create());
         zt::Outcome o = zt::Decode(zt::Bytes(w.hex), *v);

@@ -1,7 +1,6 @@
 // A generic walk over any type of the catalogue through its descriptors
-// alone: find a type by name, build a value and fill every member through
-// _getref, and read a value's resolved kind. The message tests reuse it
-// for every type they add.
+// alone: build a value and fill every member through _getref. The message
+// tests reuse it for every type they add.
 #pragma once
 
 #include <functional>
@@ -11,22 +10,6 @@
 #include <zol/zol.h>
 
 namespace zt {
-
-// The descriptor at the end of an alias chain.
-inline const AsnTypeDesc* Resolved(const AsnTypeDesc* d) {
-    while (d->type == AsnTypeDesc::ALIAS)
-        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
-    return d;
-}
-
-// The descriptor of a type of any module by its name, or null.
-inline const AsnTypeDesc* FindType(const std::string& name) {
-    for (const AsnModuleDesc* const* m = Zol::AsnModules; *m; ++m)
-        for (const AsnTypeDesc* const* t = (*m)->types; *t; ++t)
-            if (name == (*t)->name)
-                return *t;
-    return nullptr;
-}
 
 inline std::string Printed(const AsnType& v) {
     std::ostringstream os;
@@ -43,7 +26,7 @@ struct Filler {
     int depth = 0;
 
     void Fill(AsnType* v, const AsnTypeDesc* d) {
-        const AsnTypeDesc* r = Resolved(d);
+        const AsnTypeDesc* r = AsnResolved(d);
         ++seed;
         switch (r->type) {
         case AsnTypeDesc::SEQUENCE: {

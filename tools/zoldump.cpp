@@ -96,14 +96,6 @@ Options ParseArgs(int argc, char** argv) {
     return o;
 }
 
-const AsnTypeDesc* FindType(const std::string& name) {
-    for (const AsnModuleDesc* const* m = Zol::AsnModules; *m; ++m)
-        for (const AsnTypeDesc* const* t = (*m)->types; *t; ++t)
-            if (name == (*t)->name)
-                return *t;
-    return nullptr;
-}
-
 std::string ReadAll(const char* file) {
     if (!file || std::strcmp(file, "-") == 0)
         return std::string(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
@@ -162,59 +154,21 @@ std::string ToHex(const char* p, size_t n) {
     return out;
 }
 
-// Steps over one whole element at `pos`, nested indefinite lengths
-// included; false if the bytes end first or are not BER.
-bool SkipElement(const unsigned char* p, size_t n, size_t& pos, int depth = 0) {
-    if (depth > 64 || pos >= n)
-        return false;
-    bool constructed = p[pos] & 0x20;
-    if ((p[pos++] & 0x1F) == 0x1F) {
-        while (pos < n && (p[pos] & 0x80))
-            ++pos;
-        if (pos++ >= n)
-            return false;
-    }
-    if (pos >= n)
-        return false;
-    unsigned char first = p[pos++];
-    if (first == 0x80) {
-        if (!constructed)
-            return false;
-        while (pos + 1 < n && !(p[pos] == 0 && p[pos + 1] == 0))
-            if (!SkipElement(p, n, pos, depth + 1))
-                return false;
-        pos += 2;
-        return pos <= n;
-    }
-    size_t len = first;
-    if (first & 0x80) {
-        unsigned count = first & 0x7F;
-        if (count > 4)
-            return false;
-        len = 0;
-        for (unsigned k = 0; k < count; ++k) {
-            if (pos >= n)
-                return false;
-            len = len << 8 | p[pos++];
-        }
-    }
-    if (len > n - pos)
-        return false;
-    pos += len;
-    return true;
-}
-
 // The envelope that the first octets of a message call for, or null.
 std::unique_ptr<AsnType> Envelope(const unsigned char* p, size_t n, const Options& o, std::string& why) {
     unsigned char first = p[0];
     bool query = n > 1 && first == 0xBF && p[1] == 0x82;
     if (first == 0x30 && !o.reply) {
         // The alternative's tag follows the user id: BF 82 is a query.
-        size_t at = 2;
-        if (n > 1 && p[1] > 0x80)
-            at += p[1] & 0x7F;
-        if (SkipElement(p, n, at) && at + 1 < n && p[at] == 0xBF && p[at + 1] == 0x82)
-            return std::unique_ptr<AsnType>(new Zol::ZolQueryReq);
+        const char* bytes = reinterpret_cast<const char*>(p);
+        AsnTlv request, userId;
+        AsnReadTlv(bytes, n, request);
+        size_t at = request.headerSize;
+        if (at && AsnReadTlv(bytes + at, n - at, userId) == AsnTlvComplete) {
+            at += userId.totalSize;
+            if (at + 1 < n && p[at] == 0xBF && p[at + 1] == 0x82)
+                return std::unique_ptr<AsnType>(new Zol::ZolQueryReq);
+        }
         return std::unique_ptr<AsnType>(new Zol::ZolTransReq);
     }
     if ((first == 0xA0 || first == 0xB1 || first == 0xB2) && !o.request)
@@ -228,11 +182,11 @@ std::unique_ptr<AsnType> Envelope(const unsigned char* p, size_t n, const Option
     return nullptr;
 }
 
-const char* TypeName(const AsnType& v) { return v._getdesc()->name; }
+const char* TypeName(const AsnType& v) { return AsnTypeName(v._getdesc()); }
 
 int Decode(const Options& o) {
     const AsnTypeDesc* type = nullptr;
-    if (o.type && !(type = FindType(o.type)))
+    if (o.type && !(type = Zol::FindType(o.type)))
         throw UsageError{std::string("no type named ") + o.type};
 
     std::string input = ReadAll(o.file);
@@ -300,7 +254,7 @@ std::string EncodeValue(const AsnType& v) {
 
 int Encode(const Options& o) {
     const AsnTypeDesc* type = nullptr;
-    if (o.type && !(type = FindType(o.type)))
+    if (o.type && !(type = Zol::FindType(o.type)))
         throw UsageError{std::string("no type named ") + o.type};
 
     std::string input = ReadAll(o.file);
@@ -331,7 +285,7 @@ int Encode(const Options& o) {
                 if (it.key() != "type" && it.key() != "value" && it.key() != "offset" && it.key() != "length")
                     throw InputError{where + ": unexpected key \"" + it.key() + "\""};
             const std::string& name = doc["type"].get_ref<const std::string&>();
-            if (!(t = FindType(name)))
+            if (!(t = Zol::FindType(name.c_str())))
                 throw InputError{where + ": no type named " + name};
             value = &doc["value"];
         }

@@ -95,10 +95,10 @@ bool tally = false;
 // The value as text in which SET OF elements stand sorted, so that two
 // values equal up to list order print the same. Reals are written exactly.
 void Canon(AsnType* v, const AsnTypeDesc* d, std::string& out) {
-    for (const AsnTypeDesc* a = d; tally && a; a = a->type == AsnTypeDesc::ALIAS ? static_cast<const AsnAliasTypeDesc*>(a)->base : nullptr)
+    for (const AsnTypeDesc* a = d; tally && a; a = AsnAliasBase(a))
         if (a->name)
             oursTypes.insert(a->name);
-    const AsnTypeDesc* r = zt::Resolved(d);
+    const AsnTypeDesc* r = AsnResolved(d);
     char buf[64];
     switch (r->type) {
     case AsnTypeDesc::SEQUENCE: {
@@ -128,13 +128,10 @@ void Canon(AsnType* v, const AsnTypeDesc* d, std::string& out) {
     case AsnTypeDesc::SET_OF: {
         std::vector<std::string> elems;
         const AsnTypeDesc* elem = static_cast<const AsnListTypeDesc*>(r)->base;
-        for (unsigned long i = 0;; ++i) {
-            AsnType* e = v->_getref(std::to_string(i).c_str(), false);
-            if (!e)
-                break;
+        AsnForEachElement(*v, [&](AsnType& e) {
             elems.emplace_back();
-            Canon(e, elem, elems.back());
-        }
+            Canon(&e, elem, elems.back());
+        });
         std::sort(elems.begin(), elems.end());
         out += "[";
         for (const std::string& e : elems)
@@ -432,30 +429,13 @@ struct Tlv {
 };
 
 bool ParseTlvs(const std::string& s, std::vector<Tlv>& out) {
-    size_t i = 0;
-    while (i < s.size()) {
-        Tlv t;
-        size_t start = i;
-        unsigned char first = static_cast<unsigned char>(s[i++]);
-        t.constructed = first & 0x20;
-        if ((first & 0x1F) == 0x1F)
-            while (i < s.size() && (s[i++] & 0x80)) {
-            }
-        t.tag = s.substr(start, i - start);
-        if (i >= s.size())
+    for (size_t i = 0; i < s.size();) {
+        AsnTlv tlv;
+        if (AsnReadTlv(s.data() + i, s.size() - i, tlv) != AsnTlvComplete)
             return false;
-        size_t len = static_cast<unsigned char>(s[i++]);
-        if (len & 0x80) {
-            size_t n = len & 0x7F;
-            len = 0;
-            while (n-- && i < s.size())
-                len = len << 8 | static_cast<unsigned char>(s[i++]);
-        }
-        if (len > s.size() - i)
-            return false;
-        t.content = s.substr(i, len);
-        i += len;
-        out.push_back(t);
+        out.push_back({s.substr(i, BTagLen(tlv.tag)), (tlv.tag & AsnConstructedBit) != 0,
+                       s.substr(i + tlv.headerSize, tlv.totalSize - tlv.headerSize)});
+        i += tlv.totalSize;
     }
     return true;
 }
@@ -621,8 +601,8 @@ int main() {
     };
     Totals ours, peer;
     for (const Envelope& env : envelopes) {
-        const AsnTypeDesc* d = zt::FindType(env.name);
-        const auto* cd = static_cast<const AsnChoiceTypeDesc*>(zt::FindType(env.choice));
+        const AsnTypeDesc* d = Zol::FindType(env.name);
+        const auto* cd = static_cast<const AsnChoiceTypeDesc*>(Zol::FindType(env.choice));
         if (!d || !cd) {
             Fail(env.name, "no such type in zol");
             continue;

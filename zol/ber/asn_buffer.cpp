@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "zol/meta/asn_desc.h"
+#include "zol/meta/asn_reflect.h"
 
 namespace Zol {
 
@@ -25,13 +25,6 @@ char* AsnBuffer::Encode(const AsnType& value, size_t& length) {
     return Encode(data, BUFSIZE, value, length);
 }
 
-// The name in the failure line is that of the outermost value. A universal
-// class has no name of its own, so its kind stands in for it ("INTEGER").
-static const char* NameForFailure(const AsnType& value) {
-    const AsnTypeDesc* desc = value._getdesc();
-    return desc->name ? desc->name : AsnTypeDesc::typenames[desc->type];
-}
-
 int AsnBuffer::Decode(const char* bytes, size_t len, AsnType& value) {
     asnBuf.InstallData(const_cast<char*>(bytes), len);
     DecodeEnv env;
@@ -41,7 +34,9 @@ int AsnBuffer::Decode(const char* bytes, size_t len, AsnType& value) {
         value.BDec(asnBuf, decoded, env);
         return asnBuf.ReadError() ? 0 : 1;
     }
-    std::snprintf(data, BUFSIZE, "Decode for %s failed with code:(%d)\n", NameForFailure(value), code);
+    // The name is that of the outermost value; a universal class's kind
+    // stands in for the name it lacks ("INTEGER").
+    std::snprintf(data, BUFSIZE, "Decode for %s failed with code:(%d)\n", AsnTypeName(value._getdesc()), code);
     Error(data);
     return 0;
 }

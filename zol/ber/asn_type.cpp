@@ -16,7 +16,7 @@ AsnType::~AsnType() {}
 AsnType* AsnType::Clone() const { return nullptr; }
 
 void AsnType::BDec(AsnBuf&, AsnLen&, DecodeEnv env) {
-    AsnDecodeFail(env, -80,
+    AsnDecodeFail(env, AsnNoDecoderCode,
                   "ERROR - Attempt to decode an improperly formed ANY type (programming error).");
 }
 

@@ -16,9 +16,8 @@
 // decoding call.
 typedef std::jmp_buf DecodeEnv;
 
-// Constructed strings and bit strings may nest; each level is one call
-// deep. Deeper nesting than this is refused before recursing, so hostile
-// input cannot exhaust the stack.
+// Constructed strings and bit strings may nest; their walk keeps a count
+// per level open, in an array of this many. Deeper nesting is refused.
 const unsigned AsnMaxNesting = 64;
 
 // Writes `text` and a line end to standard error and long-jumps with `code`.
@@ -41,11 +40,11 @@ ZOL_ALWAYS_INLINE AsnTag BDecTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env)
             tag |= c << 8;
             ++bytesDecoded;
             if ((c & 0x80u) && !b.ReadError())
-                AsnDecodeFail(env, -21, "BDecTag: ERROR - tag value overflow");
+                AsnDecodeFail(env, AsnTagOverflowCode, "BDecTag: ERROR - tag value overflow");
         }
     }
     if (b.ReadError())
-        AsnDecodeFail(env, -22, "BDecTag: ERROR - decoded past the end of data");
+        AsnDecodeFail(env, AsnTagPastEndCode, "BDecTag: ERROR - decoded past the end of data");
     return tag;
 }
 
@@ -54,7 +53,7 @@ ZOL_ALWAYS_INLINE AsnTag BDecTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env)
 ZOL_ALWAYS_INLINE AsnLen BDecLen(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnLen c = b.GetByte();
     if (b.ReadError())
-        AsnDecodeFail(env, -9, "BDecLen: decoded past end of data");
+        AsnDecodeFail(env, AsnLenPastEndCode, "BDecLen: decoded past end of data");
     ++bytesDecoded;
     if (c < 0x80u)
         return c;
@@ -62,20 +61,20 @@ ZOL_ALWAYS_INLINE AsnLen BDecLen(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env)
         return IndefiniteLen;
     c &= 0x7Fu;
     if (c >= 5)
-        AsnDecodeFail(env, -10, "BDecLen: ERROR - length overflow");
+        AsnDecodeFail(env, AsnLenOverflowCode, "BDecLen: ERROR - length overflow");
     bytesDecoded += c;
     AsnLen len = 0;
     while (c--)
         len = (len << 8) | b.GetByte();
     if (b.ReadError())
-        AsnDecodeFail(env, -11, "BDecLen: decoded past end of data");
+        AsnDecodeFail(env, AsnLongLenPastEndCode, "BDecLen: decoded past end of data");
     return len;
 }
 
 // Reads an expected end-of-contents marker, strictly.
 inline void BDecEoc(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     if (b.GetByte() != 0 || b.GetByte() != 0 || b.ReadError())
-        AsnDecodeFail(env, -12, "BDecEoc: ERROR - non zero byte in EOC or end of data reached");
+        AsnDecodeFail(env, AsnEocCode, "BDecEoc: ERROR - non zero byte in EOC or end of data reached");
     bytesDecoded += 2;
 }
 

@@ -4,9 +4,13 @@
 
 #include "zol/ber/asn_type.h"
 
+const AsnTypeDesc* AsnAliasBase(const AsnTypeDesc* d) {
+    return d->type == AsnTypeDesc::ALIAS ? static_cast<const AsnAliasTypeDesc*>(d)->base : nullptr;
+}
+
 const AsnTypeDesc* AsnResolved(const AsnTypeDesc* d) {
     while (d && d->type == AsnTypeDesc::ALIAS)
-        d = static_cast<const AsnAliasTypeDesc*>(d)->base;
+        d = AsnAliasBase(d);
     return d;
 }
 

@@ -9,6 +9,10 @@
 
 class AsnType;
 
+// The next link of an alias chain: the base of an alias, null for any other
+// descriptor. For callers that look at every name along the chain.
+const AsnTypeDesc* AsnAliasBase(const AsnTypeDesc* d);
+
 // The descriptor at the end of an alias chain: the one whose kind decides
 // how a value of the type is read. Any other descriptor is its own end.
 const AsnTypeDesc* AsnResolved(const AsnTypeDesc* d);

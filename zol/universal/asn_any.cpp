@@ -124,10 +124,10 @@ void AsnAny::SetTypeByOid(AsnOid& key) { info = Find(oidHashTbl, OidHash(key)); 
 
 void AsnAny::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     if (!info)
-        std::longjmp(env, -81);
+        std::longjmp(env, AsnAnyUnregisteredCode);
     value = info->prototype ? info->prototype->Clone() : nullptr;
     if (!value)
-        std::longjmp(env, -82);
+        std::longjmp(env, AsnAnyNoValueCode);
     value->BDec(b, bytesDecoded, env);
 }
 

@@ -4,11 +4,19 @@
 #include <new>
 #include <ostream>
 
-#include "zol/universal/asn_octs.h"
+#include "zol/universal/asn_segments.h"
 
 const AsnNamesTypeDesc AsnBits::_desc(nullptr, nullptr, false, AsnTypeDesc::BIT_STRING, nullptr, nullptr);
 
 unsigned short pendingUnusedBits = 0;
+
+namespace {
+
+const AsnSegmentKind kBitPieces = {
+    AsnBitStringTag, AsnBitsFormCode, "BDecConsBitString: ERROR - constructed BIT STRING nested too deep",
+    "BDecConsBitString: ERROR - decoded non-BIT STRING tag inside a constructed BIT STRING"};
+
+}  // namespace
 
 AsnBits::~AsnBits() { delete[] bits; }
 
@@ -81,12 +89,12 @@ AsnLen AsnBits::BEncContent(AsnBuf& b) const {
     return static_cast<AsnLen>(n + 1);
 }
 
-AsnLen AsnBits::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x03000000u); }
+AsnLen AsnBits::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), AsnBitStringTag); }
 
 void AsnBits::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x03000000u && tag != 0x23000000u)
-        AsnDecodeFail(env, -50, "AsnBits::BDec: ERROR tag on BIT STRING is wrong.");
+    if (tag != AsnBitStringTag && tag != (AsnBitStringTag | AsnConstructedBit))
+        AsnDecodeFail(env, AsnBitsWrongTagCode, "AsnBits::BDec: ERROR tag on BIT STRING is wrong.");
     AsnLen len = BDecLen(b, bytesDecoded, env);
     BDecContent(b, tag, len, bytesDecoded, env);
 }
@@ -100,16 +108,16 @@ void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
     // A primitive element has at least its unused-bits octet, and cannot
     // claim more unused bits than its octets hold.
     if (elmtLen == 0)
-        AsnDecodeFail(env, -1, "BDecBitString: ERROR - no unused-bits octet");
+        AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - no unused-bits octet");
     bytesDecoded += elmtLen;
     unsigned unused = b.GetByte();
     size_t octets = elmtLen - 1;
     size_t n = octets;
     char* src = b.GetSeg(&n);
     if (n < octets || b.ReadError())
-        AsnDecodeFail(env, -1, "BDecBitString: ERROR - decoded past end of data");
+        AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - decoded past end of data");
     if (unused > octets * 8)
-        AsnDecodeFail(env, -1, "BDecBitString: ERROR - more unused bits than bits held");
+        AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - more unused bits than bits held");
     delete[] bits;  // held by a value decoded again, as an open type's clone
     bits = new char[n ? n : 1];
     if (n)
@@ -120,55 +128,25 @@ void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
 void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
     stringStack.Reset();
     pendingUnusedBits = 0;
-    FillBitStringStk(b, elmtLen, bytesDecoded, env, 0);
+    // Only the last piece may leave bits unused; each piece's first octet
+    // says how many.
+    AsnWalkSegments(b, elmtLen, bytesDecoded, env, kBitPieces, [&](AsnLen len) {
+        if (pendingUnusedBits != 0)
+            AsnDecodeFail(env, AsnBitsUnusedCode,
+                          "BDecConsBitString: ERROR - a component of a constructed BIT STRING "
+                          "that is not the last has non-zero unused bits");
+        if (len != 0) {
+            pendingUnusedBits = b.GetByte();
+            AsnPushSegment(b, len - 1, env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
+        }
+    });
     size_t total = stringStack.totalByteLen;
     if (pendingUnusedBits > total * 8)
-        AsnDecodeFail(env, -2, "BDecConsBitString: ERROR - more unused bits than bits held");
+        AsnDecodeFail(env, AsnBitsUnusedCode, "BDecConsBitString: ERROR - more unused bits than bits held");
     delete[] bits;
     bits = new char[total ? total : 1];
     stringStack.CopyOut(bits);
     bitLen = total * 8 - pendingUnusedBits;
-}
-
-void AsnBits::FillBitStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env,
-                               unsigned depth) {
-    AsnLen count = 0;
-    while (elmtLen == IndefiniteLen || count < elmtLen) {
-        AsnTag tag = BDecTag(b, count, env);
-        if (tag == 0 && elmtLen == IndefiniteLen) {
-            BDecEocSecondOctet(b, count);
-            break;
-        }
-        AsnLen len = BDecLen(b, count, env);
-        if (tag == 0x03000000u) {
-            if (pendingUnusedBits != 0)
-                AsnDecodeFail(env, -2,
-                              "BDecConsBitString: ERROR - a component of a constructed BIT STRING "
-                              "that is not the last has non-zero unused bits");
-            if (len != 0) {
-                pendingUnusedBits = b.GetByte();
-                for (size_t missing = len - 1; missing;) {
-                    size_t n = missing;
-                    char* piece = b.GetSeg(&n);
-                    if (n == 0)
-                        AsnDecodeFail(env, -3, "BDecConsOctetString: ERROR - expecting more data");
-                    stringStack.Push(piece, n);
-                    missing -= n;
-                }
-            }
-            count += len;
-        } else if (tag == 0x23000000u) {
-            if (depth + 1 >= AsnMaxNesting)
-                AsnDecodeFail(env, -4,
-                              "BDecConsBitString: ERROR - constructed BIT STRING nested too deep");
-            FillBitStringStk(b, len, count, env, depth + 1);
-        } else {
-            AsnDecodeFail(env, -4,
-                          "BDecConsBitString: ERROR - decoded non-BIT STRING tag inside a "
-                          "constructed BIT STRING");
-        }
-    }
-    bytesDecoded += count;
 }
 
 void AsnBits::Print(std::ostream& os) const {

@@ -59,8 +59,6 @@ private:
     size_t OctetLen() const { return (bitLen + 7) / 8; }
     bool BitsEquiv(const AsnBits& other) const;
     void BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
-    void FillBitStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env,
-                          unsigned depth);
 };
 
 // Unused bits of the latest component while a constructed value is decoded.

@@ -7,36 +7,11 @@
 
 namespace {
 
-// Failure codes of EXTERNAL, in the band of the string classes.
-const int ExternalWrongTag = 33;
-const int ExternalLengthDiscrepancy = 34;
-const int ExternalMissingEncoding = 35;
-const int ExternalChoiceTag = 36;
-const int ExternalInnerTag = 37;
-
-// Assignment of an optional member: present in the source, it is assigned
-// into the member here, which is made if need be; absent, it goes.
-template <class T>
-void AssignMember(T*& mine, const T* theirs) {
-    if (!theirs) {
-        delete mine;
-        mine = nullptr;
-    } else if (mine) {
-        *mine = *theirs;
-    } else {
-        mine = new T(*theirs);
-    }
-}
-
-// A merge touches only what the source holds.
-template <class T>
-void MergeMember(T*& mine, const T* theirs) {
-    if (!theirs)
-        return;
-    if (!mine)
-        mine = new T;
-    mine->ReSet(*theirs);
-}
+// The tags of the encoding's alternatives: [0] holds an OCTET STRING,
+// [1] and [2] are the strings themselves, in either form.
+const AsnTag SingleTypeTag = 0xA0000000u;
+const AsnTag OctetAlignedTag = 0x81000000u;
+const AsnTag ArbitraryTag = 0x82000000u;
 
 }  // namespace
 
@@ -100,11 +75,11 @@ AsnLen EXTERNALChoice::BEncContent(AsnBuf& b) const {
         return 0;
     switch (choiceId) {
     case single_ASN1_typeCid:
-        return BEncLenTag(b, BEncLenTag(b, octets()->BEncContent(b), 0x04000000u), 0xA0000000u);
+        return BEncLenTag(b, BEncLenTag(b, octets()->BEncContent(b), AsnOctetStringTag), SingleTypeTag);
     case octet_alignedCid:
-        return BEncLenTag(b, octets()->BEncContent(b), 0x81000000u);
+        return BEncLenTag(b, octets()->BEncContent(b), OctetAlignedTag);
     case arbitraryCid:
-        return BEncLenTag(b, bits()->BEncContent(b), 0x82000000u);
+        return BEncLenTag(b, bits()->BEncContent(b), ArbitraryTag);
     default:
         return 0;
     }
@@ -119,10 +94,10 @@ void EXTERNALChoice::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 void EXTERNALChoice::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
                                  DecodeEnv env) {
     switch (tag) {
-    case 0xA0000000u: {
+    case SingleTypeTag: {
         AsnTag inner = BDecTag(b, bytesDecoded, env);
-        if (inner != 0x04000000u && inner != 0x24000000u)
-            AsnDecodeFail(env, ExternalInnerTag, AsnUnexpectedTagText);
+        if (inner != AsnOctetStringTag && inner != (AsnOctetStringTag | AsnConstructedBit))
+            AsnDecodeFail(env, AsnExternalInnerTagCode, AsnUnexpectedTagText);
         AsnLen len = BDecLen(b, bytesDecoded, env);
         choiceId = single_ASN1_typeCid;
         AsnOcts* octs = new AsnOcts;
@@ -132,16 +107,16 @@ void EXTERNALChoice::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& 
             BDecEoc(b, bytesDecoded, env);
         break;
     }
-    case 0x81000000u:
-    case 0xA1000000u: {
+    case OctetAlignedTag:
+    case (OctetAlignedTag | AsnConstructedBit): {
         choiceId = octet_alignedCid;
         AsnOcts* octs = new AsnOcts;
         value = octs;
         octs->BDecContent(b, tag, elmtLen, bytesDecoded, env);
         break;
     }
-    case 0x82000000u:
-    case 0xA2000000u: {
+    case ArbitraryTag:
+    case (ArbitraryTag | AsnConstructedBit): {
         choiceId = arbitraryCid;
         AsnBits* bits = new AsnBits;
         value = bits;
@@ -149,7 +124,7 @@ void EXTERNALChoice::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& 
         break;
     }
     default:
-        AsnDecodeFail(env, ExternalChoiceTag, AsnChoiceTagText);
+        AsnDecodeFail(env, AsnExternalChoiceTagCode, AsnChoiceTagText);
     }
 }
 
@@ -177,24 +152,20 @@ AsnType* EXTERNAL::Clone() const { return new (std::nothrow) EXTERNAL(*this); }
 EXTERNAL& EXTERNAL::operator=(const EXTERNAL& o) {
     if (this == &o)
         return *this;
-    AssignMember(direct_reference, o.direct_reference);
-    AssignMember(indirect_reference, o.indirect_reference);
-    AssignMember(data_value_descriptor, o.data_value_descriptor);
-    AssignMember(encoding, o.encoding);
+    AsnAssign(direct_reference, o.direct_reference);
+    AsnAssign(indirect_reference, o.indirect_reference);
+    AsnAssign(data_value_descriptor, o.data_value_descriptor);
+    AsnAssign(encoding, o.encoding);
     return *this;
 }
 
 EXTERNAL& EXTERNAL::operator|=(const EXTERNAL& o) {
     if (this == &o)
         return *this;
-    MergeMember(direct_reference, o.direct_reference);
-    MergeMember(indirect_reference, o.indirect_reference);
-    MergeMember(data_value_descriptor, o.data_value_descriptor);
-    if (o.encoding) {
-        if (!encoding)
-            encoding = new EXTERNALChoice;
-        *encoding |= *o.encoding;
-    }
+    AsnMergeLeaf(direct_reference, o.direct_reference);
+    AsnMergeLeaf(indirect_reference, o.indirect_reference);
+    AsnMergeLeaf(data_value_descriptor, o.data_value_descriptor);
+    AsnMerge(encoding, o.encoding);
     return *this;
 }
 
@@ -204,20 +175,20 @@ AsnLen EXTERNAL::BEncContent(AsnBuf& b) const {
     if (encoding)
         total += encoding->BEnc(b);
     if (data_value_descriptor)
-        total += BEncLenTag(b, data_value_descriptor->BEncContent(b), 0x07000000u);
+        total += BEncLenTag(b, data_value_descriptor->BEncContent(b), AsnObjectDescriptorTag);
     if (indirect_reference)
-        total += BEncShortLenTag(b, indirect_reference->BEncContent(b), 0x02000000u);
+        total += BEncShortLenTag(b, indirect_reference->BEncContent(b), AsnIntegerTag);
     if (direct_reference)
-        total += BEncLenTag(b, direct_reference->BEncContent(b), 0x06000000u);
+        total += BEncLenTag(b, direct_reference->BEncContent(b), AsnOidTag);
     return total;
 }
 
-AsnLen EXTERNAL::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x28000000u); }
+AsnLen EXTERNAL::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), AsnExternalTag); }
 
 void EXTERNAL::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x28000000u)
-        AsnDecodeFail(env, ExternalWrongTag, "EXTERNAL::BDec: ERROR - wrong tag");
+    if (tag != AsnExternalTag)
+        AsnDecodeFail(env, AsnExternalWrongTagCode, "EXTERNAL::BDec: ERROR - wrong tag");
     AsnLen len = BDecLen(b, bytesDecoded, env);
     BDecContent(b, tag, len, bytesDecoded, env);
 }
@@ -225,33 +196,33 @@ void EXTERNAL::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 void EXTERNAL::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnLen count = 0;
     AsnTag tag = BDecTag(b, count, env);
-    if (tag == 0x06000000u) {
+    if (tag == AsnOidTag) {
         AsnLen len = BDecLen(b, count, env);
         direct_reference = new AsnOid;
         direct_reference->BDecContent(b, tag, len, count, env);
         tag = BDecTag(b, count, env);
     }
-    if (tag == 0x02000000u) {
+    if (tag == AsnIntegerTag) {
         AsnLen len = BDecLen(b, count, env);
         indirect_reference = new AsnInt;
         indirect_reference->BDecContent(b, tag, len, count, env);
         tag = BDecTag(b, count, env);
     }
-    if (tag == 0x07000000u || tag == 0x27000000u) {
+    if (tag == AsnObjectDescriptorTag || tag == (AsnObjectDescriptorTag | AsnConstructedBit)) {
         AsnLen len = BDecLen(b, count, env);
         data_value_descriptor = new ObjectDescriptor;
         data_value_descriptor->AsnOcts::BDecContent(b, tag, len, count, env);
         tag = BDecTag(b, count, env);
     }
     switch (tag) {
-    case 0xA0000000u:
-    case 0x81000000u:
-    case 0xA1000000u:
-    case 0x82000000u:
-    case 0xA2000000u:
+    case SingleTypeTag:
+    case OctetAlignedTag:
+    case (OctetAlignedTag | AsnConstructedBit):
+    case ArbitraryTag:
+    case (ArbitraryTag | AsnConstructedBit):
         break;
     default:
-        AsnDecodeFail(env, ExternalMissingEncoding, AsnMissingElmtText);
+        AsnDecodeFail(env, AsnExternalMissingEncodingCode, AsnMissingElmtText);
     }
     AsnLen len = BDecLen(b, count, env);
     encoding = new EXTERNALChoice;
@@ -260,7 +231,7 @@ void EXTERNAL::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecod
     if (elmtLen == IndefiniteLen)
         BDecEoc(b, bytesDecoded, env);
     else if (count != elmtLen)
-        AsnDecodeFail(env, ExternalLengthDiscrepancy, AsnLengthDiscrepancyText);
+        AsnDecodeFail(env, AsnExternalLengthCode, AsnLengthDiscrepancyText);
 }
 
 void EXTERNAL::Print(std::ostream& os) const {

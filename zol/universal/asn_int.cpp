@@ -19,10 +19,10 @@ AsnLen AsnInt::BEncContentSlow(AsnBuf& b, AsnLen len) const {
     return len;
 }
 
-AsnLen AsnInt::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), 0x02000000u); }
+AsnLen AsnInt::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), AsnIntegerTag); }
 
 void AsnInt::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnDecWhole(*this, b, bytesDecoded, env, 0x02000000u, -53, "AsnInt::BDec: ERROR tag on INTEGER is wrong.");
+    AsnDecWhole(*this, b, bytesDecoded, env, AsnIntegerTag, AsnIntWrongTagCode, "AsnInt::BDec: ERROR tag on INTEGER is wrong.");
 }
 
 void AsnInt::Print(std::ostream& os) const { os << value; }
@@ -33,10 +33,10 @@ const AsnTypeDesc* AsnInt::_getdesc() const { return &_desc; }
 
 AsnType* AsnEnum::Clone() const { return new (std::nothrow) AsnEnum(*this); }
 
-AsnLen AsnEnum::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), 0x0A000000u); }
+AsnLen AsnEnum::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), AsnEnumeratedTag); }
 
 void AsnEnum::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnDecWhole(*this, b, bytesDecoded, env, 0x0A000000u, -52, "AsnEnum::BDec: ERROR tag on ENUMERATED is wrong.");
+    AsnDecWhole(*this, b, bytesDecoded, env, AsnEnumeratedTag, AsnEnumWrongTagCode, "AsnEnum::BDec: ERROR tag on ENUMERATED is wrong.");
 }
 
 const AsnTypeDesc* AsnEnum::_getdesc() const { return &_desc; }
@@ -45,10 +45,10 @@ const AsnTypeDesc* AsnEnum::_getdesc() const { return &_desc; }
 
 AsnType* AsnBool::Clone() const { return new (std::nothrow) AsnBool(*this); }
 
-AsnLen AsnBool::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), 0x01000000u); }
+AsnLen AsnBool::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), AsnBooleanTag); }
 
 void AsnBool::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnDecWhole(*this, b, bytesDecoded, env, 0x01000000u, -51, "AsnBool::BDec: ERROR tag on BOOLEAN wrong.");
+    AsnDecWhole(*this, b, bytesDecoded, env, AsnBooleanTag, AsnBoolWrongTagCode, "AsnBool::BDec: ERROR tag on BOOLEAN wrong.");
 }
 
 void AsnBool::Print(std::ostream& os) const { os << (value ? "TRUE" : "FALSE"); }
@@ -59,10 +59,10 @@ const AsnTypeDesc* AsnBool::_getdesc() const { return &_desc; }
 
 AsnType* AsnNull::Clone() const { return new (std::nothrow) AsnNull(*this); }
 
-AsnLen AsnNull::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, 0, 0x05000000u); }
+AsnLen AsnNull::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, 0, AsnNullTag); }
 
 void AsnNull::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnDecWhole(*this, b, bytesDecoded, env, 0x05000000u, -55, "AsnNull::BDec: ERROR tag on NULL is wrong.");
+    AsnDecWhole(*this, b, bytesDecoded, env, AsnNullTag, AsnNullWrongTagCode, "AsnNull::BDec: ERROR tag on NULL is wrong.");
 }
 
 void AsnNull::Print(std::ostream& os) const { os << "NULL"; }

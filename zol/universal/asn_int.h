@@ -76,13 +76,13 @@ public:
     // Takes non-minimal forms; a content of 0 octets still reads one.
     void BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
         if (elmtLen > 4)
-            AsnDecodeFail(env, -7, "AsnInt::BDecContent: ERROR - integer is too big to decode.");
+            AsnDecodeFail(env, AsnIntTooBigCode, "AsnInt::BDecContent: ERROR - integer is too big to decode.");
         uint32_t v = static_cast<uint32_t>(static_cast<int32_t>(static_cast<int8_t>(b.GetByte())));
         for (AsnLen i = 1; i < elmtLen; ++i)
             v = (v << 8) | b.GetByte();
         bytesDecoded += elmtLen;
         if (b.ReadError())
-            AsnDecodeFail(env, -8, "AsnInt::BDecContent: ERROR - decoded past end of data.");
+            AsnDecodeFail(env, AsnIntPastEndCode, "AsnInt::BDecContent: ERROR - decoded past end of data.");
         value = static_cast<int32_t>(v);
     }
 
@@ -145,11 +145,11 @@ public:
     }
     void BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
         if (elmtLen != 1)
-            AsnDecodeFail(env, -5, "AsnBool::BDecContent: ERROR - boolean value too long.");
+            AsnDecodeFail(env, AsnBoolLengthCode, "AsnBool::BDecContent: ERROR - boolean value too long.");
         unsigned char c = b.GetByte();
         ++bytesDecoded;
         if (b.ReadError())
-            AsnDecodeFail(env, -6, "AsnBool::BDecContent: ERROR - decoded past end of data ");
+            AsnDecodeFail(env, AsnBoolPastEndCode, "AsnBool::BDecContent: ERROR - decoded past end of data ");
         value = c != 0;
     }
 
@@ -172,7 +172,7 @@ public:
     AsnLen BEncTLV(AsnBuf& b, AsnTag tag) const { return BEncShortLenTag(b, 0, tag); }
     void BDecContent(AsnBuf&, AsnTag, AsnLen elmtLen, AsnLen&, DecodeEnv env) {
         if (elmtLen != 0)
-            AsnDecodeFail(env, -13, "AsnNull::BDecContent: ERROR - NULL values len is non-zero");
+            AsnDecodeFail(env, AsnNullLengthCode, "AsnNull::BDecContent: ERROR - NULL values len is non-zero");
     }
 
     static const AsnTypeDesc _desc;

@@ -5,6 +5,8 @@
 #include <new>
 #include <ostream>
 
+#include "zol/universal/asn_segments.h"
+
 const AsnTypeDesc AsnOcts::_desc(nullptr, nullptr, false, AsnTypeDesc::OCTET_STRING, nullptr);
 
 StrStk stringStack(128, 64);
@@ -40,42 +42,14 @@ void StrStk::CopyOut(char* dst) const {
     }
 }
 
-// Walks the components of a constructed string under a count of its own,
-// pushing each primitive piece. Nesting is bounded before recursing.
-static void FillOctetStringStk(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env,
-                               unsigned depth) {
-    AsnLen count = 0;
-    while (elmtLen == IndefiniteLen || count < elmtLen) {
-        AsnTag tag = BDecTag(b, count, env);
-        if (tag == 0 && elmtLen == IndefiniteLen) {
-            BDecEocSecondOctet(b, count);
-            break;
-        }
-        AsnLen len = BDecLen(b, count, env);
-        if (tag == 0x04000000u) {
-            for (size_t missing = len; missing;) {
-                size_t n = missing;
-                char* piece = b.GetSeg(&n);
-                if (n == 0)
-                    AsnDecodeFail(env, -15,
-                                  "BDecConsOctetString: ERROR - attempt to decode past end of data");
-                stringStack.Push(piece, n);
-                missing -= n;
-            }
-            count += len;
-        } else if (tag == 0x24000000u) {
-            if (depth + 1 >= AsnMaxNesting)
-                AsnDecodeFail(env, -16,
-                              "BDecConsOctetString: ERROR - constructed OCTET STRING nested too deep");
-            FillOctetStringStk(b, len, count, env, depth + 1);
-        } else {
-            AsnDecodeFail(env, -16,
-                          "BDecConsOctetString: ERROR - decoded non-OCTET STRING tag inside a "
-                          "constructed OCTET STRING");
-        }
-    }
-    bytesDecoded += count;
-}
+namespace {
+
+const AsnSegmentKind kOctetPieces = {
+    AsnOctetStringTag, AsnConsOctsFormCode,
+    "BDecConsOctetString: ERROR - constructed OCTET STRING nested too deep",
+    "BDecConsOctetString: ERROR - decoded non-OCTET STRING tag inside a constructed OCTET STRING"};
+
+}  // namespace
 
 // AsnOcts
 
@@ -137,7 +111,7 @@ void AsnOcts::BDecWithTag(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env, unsign
 AsnLen AsnOcts::BEnc(AsnBuf& b) const { return BEncWithTag(b, 0x04); }
 
 void AsnOcts::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    BDecWithTag(b, bytesDecoded, env, 0x04, -56, "AsnOcts::BDec: ERROR tag on OCTET STRING is wrong.");
+    BDecWithTag(b, bytesDecoded, env, 0x04, AsnOctsWrongTagCode, "AsnOcts::BDec: ERROR tag on OCTET STRING is wrong.");
 }
 
 void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
@@ -150,7 +124,7 @@ void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
     size_t n = elmtLen;
     char* src = b.GetSeg(&n);
     if (n < elmtLen || b.ReadError())
-        AsnDecodeFail(env, -14, "BDecOctetString: ERROR - decoded past end of data");
+        AsnDecodeFail(env, AsnOctsPastEndCode, "BDecOctetString: ERROR - decoded past end of data");
     // A value decoded again (an open type's clone of its prototype) gives
     // up what it held; a fresh one holds nothing.
     delete[] octs;
@@ -163,7 +137,10 @@ void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
 
 void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
     stringStack.Reset();
-    FillOctetStringStk(b, elmtLen, bytesDecoded, env, 0);
+    AsnWalkSegments(b, elmtLen, bytesDecoded, env, kOctetPieces, [&](AsnLen len) {
+        AsnPushSegment(b, len, env, AsnConsOctsPastEndCode,
+                       "BDecConsOctetString: ERROR - attempt to decode past end of data");
+    });
     octetLen = stringStack.totalByteLen;
     delete[] octs;
     octs = new char[octetLen + 1];

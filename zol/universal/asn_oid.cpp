@@ -120,12 +120,12 @@ AsnType* AsnOid::Clone() const { return new (std::nothrow) AsnOid(*this); }
 
 const AsnTypeDesc* AsnOid::_getdesc() const { return &_desc; }
 
-AsnLen AsnOid::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x06000000u); }
+AsnLen AsnOid::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), AsnOidTag); }
 
 void AsnOid::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnTag tag = BDecTag(b, bytesDecoded, env);
-    if (tag != 0x06000000u)
-        AsnDecodeFail(env, -57, "AsnOid::BDec: ERROR tag on OBJECT IDENTIFIER is wrong.");
+    if (tag != AsnOidTag)
+        AsnDecodeFail(env, AsnOidWrongTagCode, "AsnOid::BDec: ERROR tag on OBJECT IDENTIFIER is wrong.");
     AsnLen len = BDecLen(b, bytesDecoded, env);
     BDecContent(b, tag, len, bytesDecoded, env);
 }
@@ -134,7 +134,7 @@ void AsnOid::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded
     if (size_t(b.dataEnd - b.readPos) < elmtLen)
         b.readFailed = true;
     if (b.ReadError())
-        AsnDecodeFail(env, -17, "BDecOctetString: ERROR - decoded past end of data");
+        AsnDecodeFail(env, AsnOidPastEndCode, "BDecOctetString: ERROR - decoded past end of data");
     oidLen = elmtLen;
     oid = new char[elmtLen ? elmtLen : 1];
     b.CopyOut(oid, elmtLen);

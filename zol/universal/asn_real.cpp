@@ -77,10 +77,10 @@ AsnLen AsnReal::BEncContentSlow(AsnBuf& b) const {
     return len;
 }
 
-AsnLen AsnReal::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), 0x09000000u); }
+AsnLen AsnReal::BEnc(AsnBuf& b) const { return BEncLenTag(b, BEncContent(b), AsnRealTag); }
 
 void AsnReal::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
-    AsnDecWhole(*this, b, bytesDecoded, env, 0x09000000u, -58, "AsnReal::BDec: ERROR tag on REAL is wrong.");
+    AsnDecWhole(*this, b, bytesDecoded, env, AsnRealTag, AsnRealWrongTagCode, "AsnReal::BDec: ERROR tag on REAL is wrong.");
 }
 
 // A read past the end yields zero octets and sets the buffer's read flag,
@@ -98,12 +98,12 @@ void AsnReal::BDecContentSlow(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDe
         else if (first == 0x41)
             value = MINUS_INFINITY.value;
         else
-            AsnDecodeFail(env, -18,
+            AsnDecodeFail(env, AsnRealOneOctetCode,
                           "AsnReal::BDecContent: ERROR - unrecognized 1 octet length real number");
         return;
     }
     if (!(first & 0x80))
-        AsnDecodeFail(env, -20,
+        AsnDecodeFail(env, AsnRealDecimalCode,
                       "AsnReal::BDecContent: ERROR - decimal REAL form is not currently supported");
 
     // Exponent: one to three octets, or a count octet and that many more
@@ -150,7 +150,7 @@ void AsnReal::BDecContentSlow(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDe
         log2Base = 4;
         break;
     default:
-        AsnDecodeFail(env, -19,
+        AsnDecodeFail(env, AsnRealBaseCode,
                       "AsnReal::BDecContent: ERROR - unsupported base for a binary real number.");
     }
 
