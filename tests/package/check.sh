@@ -79,7 +79,9 @@ for block in "$work"/blocks/*; do
     *.sh)
       sed 's,\<DIR\>,'"$prefix"',g' "$block" >"$work/commands"
       where=$work/app
-      ! grep -q '^cmake --install build ' "$work/commands" || where=$work/zol
+      if grep -q '^cmake --install build ' "$work/commands"; then
+        where=$work/zol
+      fi
       (cd "$where" && sh -e "$work/commands") >"$work/log" 2>&1 ||
         fail "$(cat "$block") failed:
 $(cat "$work/log")"
