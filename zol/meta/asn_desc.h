@@ -43,8 +43,8 @@ struct AsnTypeDesc {
     // The text of each Type, indexed by it.
     static const char* const typenames[16];
 
-    AsnTypeDesc(const AsnModuleDesc* module, const char* name, bool pdu, Type type, CreateFn create)
-        : module(module), name(name), pdu(pdu), type(type), create(create) {}
+    AsnTypeDesc(const AsnModuleDesc* module_, const char* name_, bool pdu_, Type type_, CreateFn create_)
+        : module(module_), name(name_), pdu(pdu_), type(type_), create(create_) {}
     AsnTypeDesc(const AsnTypeDesc&) = default;
     virtual ~AsnTypeDesc() = default;
 
@@ -62,9 +62,9 @@ struct AsnTypeDesc {
 struct AsnNamesTypeDesc : AsnTypeDesc {
     const AsnNameDesc* names;
 
-    AsnNamesTypeDesc(const AsnModuleDesc* module, const char* name, bool pdu, Type type,
-                     CreateFn create, const AsnNameDesc* names)
-        : AsnTypeDesc(module, name, pdu, type, create), names(names) {}
+    AsnNamesTypeDesc(const AsnModuleDesc* module_, const char* name_, bool pdu_, Type type_,
+                     CreateFn create_, const AsnNameDesc* names_)
+        : AsnTypeDesc(module_, name_, pdu_, type_, create_), names(names_) {}
     AsnNamesTypeDesc(const AsnNamesTypeDesc&) = default;
 
     const AsnNameDesc* getnames() const override;
@@ -82,23 +82,23 @@ struct AsnMemberDesc {
     const AsnTypeDesc* desc;
 
     AsnMemberDesc() : name(nullptr), desc(nullptr) {}
-    AsnMemberDesc(const char* name, const AsnTypeDesc* desc) : name(name), desc(desc) {}
+    AsnMemberDesc(const char* name_, const AsnTypeDesc* desc_) : name(name_), desc(desc_) {}
 };
 
 struct AsnChoiceMemberDesc : AsnMemberDesc {
     int32_t choiceid;  // the alternative's id, which is also its tag number
 
     AsnChoiceMemberDesc() : choiceid(0) {}
-    AsnChoiceMemberDesc(const char* name, const AsnTypeDesc* desc, int32_t choiceid)
-        : AsnMemberDesc(name, desc), choiceid(choiceid) {}
+    AsnChoiceMemberDesc(const char* name_, const AsnTypeDesc* desc_, int32_t choiceid_)
+        : AsnMemberDesc(name_, desc_), choiceid(choiceid_) {}
 };
 
 struct AsnSe_MemberDesc : AsnMemberDesc {
     bool optional;
 
     AsnSe_MemberDesc() : optional(false) {}
-    AsnSe_MemberDesc(const char* name, const AsnTypeDesc* desc, bool optional)
-        : AsnMemberDesc(name, desc), optional(optional) {}
+    AsnSe_MemberDesc(const char* name_, const AsnTypeDesc* desc_, bool optional_)
+        : AsnMemberDesc(name_, desc_), optional(optional_) {}
 };
 
 // Common base of the descriptors with member tables.
@@ -110,9 +110,9 @@ struct AsnMembersTypeDesc : AsnTypeDesc {
 struct AsnChoiceTypeDesc : AsnMembersTypeDesc {
     const AsnChoiceMemberDesc* members;
 
-    AsnChoiceTypeDesc(const AsnModuleDesc* module, const char* name, bool pdu, Type type,
-                      CreateFn create, const AsnChoiceMemberDesc* members)
-        : AsnMembersTypeDesc(module, name, pdu, type, create), members(members) {}
+    AsnChoiceTypeDesc(const AsnModuleDesc* module_, const char* name_, bool pdu_, Type type_,
+                      CreateFn create_, const AsnChoiceMemberDesc* members_)
+        : AsnMembersTypeDesc(module_, name_, pdu_, type_, create_), members(members_) {}
     AsnChoiceTypeDesc(const AsnChoiceTypeDesc&) = default;
 
     // The id of the first alternative named `name`, or -1.
@@ -124,9 +124,9 @@ struct AsnChoiceTypeDesc : AsnMembersTypeDesc {
 struct AsnSe_TypeDesc : AsnMembersTypeDesc {
     const AsnSe_MemberDesc* members;
 
-    AsnSe_TypeDesc(const AsnModuleDesc* module, const char* name, bool pdu, Type type,
-                   CreateFn create, const AsnSe_MemberDesc* members)
-        : AsnMembersTypeDesc(module, name, pdu, type, create), members(members) {}
+    AsnSe_TypeDesc(const AsnModuleDesc* module_, const char* name_, bool pdu_, Type type_,
+                   CreateFn create_, const AsnSe_MemberDesc* members_)
+        : AsnMembersTypeDesc(module_, name_, pdu_, type_, create_), members(members_) {}
     AsnSe_TypeDesc(const AsnSe_TypeDesc&) = default;
 };
 
@@ -140,9 +140,9 @@ struct AsnListTypeDesc : AsnTypeDesc {
     const AsnTypeDesc* base;
     ForEachFn forEach;
 
-    AsnListTypeDesc(const AsnModuleDesc* module, const char* name, bool pdu, Type type,
-                    CreateFn create, const AsnTypeDesc* base, ForEachFn forEach = nullptr)
-        : AsnTypeDesc(module, name, pdu, type, create), base(base), forEach(forEach) {}
+    AsnListTypeDesc(const AsnModuleDesc* module_, const char* name_, bool pdu_, Type type_,
+                    CreateFn create_, const AsnTypeDesc* base_, ForEachFn forEach_ = nullptr)
+        : AsnTypeDesc(module_, name_, pdu_, type_, create_), base(base_), forEach(forEach_) {}
     AsnListTypeDesc(const AsnListTypeDesc&) = default;
 };
 
@@ -151,9 +151,9 @@ struct AsnListTypeDesc : AsnTypeDesc {
 struct AsnAliasTypeDesc : AsnTypeDesc {
     const AsnTypeDesc* base;
 
-    AsnAliasTypeDesc(const AsnModuleDesc* module, const char* name, bool pdu, Type type,
-                     CreateFn create, const AsnTypeDesc* base)
-        : AsnTypeDesc(module, name, pdu, type, create), base(base) {}
+    AsnAliasTypeDesc(const AsnModuleDesc* module_, const char* name_, bool pdu_, Type type_,
+                     CreateFn create_, const AsnTypeDesc* base_)
+        : AsnTypeDesc(module_, name_, pdu_, type_, create_), base(base_) {}
     AsnAliasTypeDesc(const AsnAliasTypeDesc&) = default;
 
     Type gettype() const override;

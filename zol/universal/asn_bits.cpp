@@ -4,6 +4,8 @@
 #include <new>
 #include <ostream>
 
+#include "zol/universal/asn_decimal.h"
+#include "zol/universal/asn_octs.h"
 #include "zol/universal/asn_segments.h"
 
 const AsnNamesTypeDesc AsnBits::_desc(nullptr, nullptr, false, AsnTypeDesc::BIT_STRING, nullptr, nullptr);
@@ -156,5 +158,7 @@ void AsnBits::Print(std::ostream& os) const {
         unsigned char c = static_cast<unsigned char>(bits[i]);
         os << hex[c >> 4] << hex[c & 0x0F];
     }
-    os << "'H  -- BIT STRING bitlen = " << bitLen << " --";
+    os << "'H  -- BIT STRING bitlen = ";
+    AsnPrintDecimal(os, bitLen);
+    os << " --";
 }

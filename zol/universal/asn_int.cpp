@@ -3,6 +3,8 @@
 #include <new>
 #include <ostream>
 
+#include "zol/universal/asn_decimal.h"
+
 const AsnNamesTypeDesc AsnInt::_desc(nullptr, nullptr, false, AsnTypeDesc::INTEGER, nullptr, nullptr);
 const AsnEnumTypeDesc AsnEnum::_desc(nullptr, nullptr, false, AsnTypeDesc::ENUMERATED, nullptr, nullptr);
 const AsnTypeDesc AsnBool::_desc(nullptr, nullptr, false, AsnTypeDesc::BOOLEAN, nullptr);
@@ -25,7 +27,7 @@ void AsnInt::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnDecWhole(*this, b, bytesDecoded, env, AsnIntegerTag, AsnIntWrongTagCode, "AsnInt::BDec: ERROR tag on INTEGER is wrong.");
 }
 
-void AsnInt::Print(std::ostream& os) const { os << value; }
+void AsnInt::Print(std::ostream& os) const { AsnPrintDecimal(os, value); }
 
 const AsnTypeDesc* AsnInt::_getdesc() const { return &_desc; }
 

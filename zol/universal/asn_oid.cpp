@@ -5,6 +5,8 @@
 #include <new>
 #include <ostream>
 
+#include "zol/universal/asn_decimal.h"
+
 const AsnTypeDesc AsnOid::_desc(nullptr, nullptr, false, AsnTypeDesc::OBJECT_IDENTIFIER, nullptr);
 
 namespace {
@@ -155,9 +157,13 @@ void AsnOid::Print(std::ostream& os) const {
         unsigned long first = static_cast<unsigned short>(v / 40);
         if (first > 2)
             first = 2;
-        os << first << ' ' << v - 40 * first;
-        while (pos < oidLen)
-            os << ' ' << GetSubId(oid, oidLen, pos);
+        AsnPrintDecimal(os, first);
+        os << ' ';
+        AsnPrintDecimal(os, v - 40 * first);
+        while (pos < oidLen) {
+            os << ' ';
+            AsnPrintDecimal(os, GetSubId(oid, oidLen, pos));
+        }
     }
     os << '}';
 }
