@@ -39,15 +39,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// The JSON form of `value`. Lists are walked by index, which moves their
-// cursor; nothing else of the value changes. A choice that holds nothing
-// gives null; a required member that was never set is left out, as an
-// absent optional one is.
+// The JSON form of `value`, in time linear in its size: lists are walked
+// first to last, their cursors left where they were; nothing of the value
+// changes. A choice that holds nothing gives null; a required member that
+// was never set is left out, as an absent optional one is.
 Json ToJson(const AsnType& value);
 
-// Fills `value`, a newly constructed value, from its JSON form. Every
-// required member must be given, and no key may name something the type
-// lacks. Throws JsonError; `value` may then be partly filled.
+// Fills `value`, a newly constructed value, from its JSON form, in time
+// linear in its size (the elements of a list are appended). Every required
+// member must be given, and no key may name something the type lacks.
+// Throws JsonError; `value` may then be partly filled.
 void FromJson(const Json& json, AsnType& value);
 
 }  // namespace Zol
