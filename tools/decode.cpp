@@ -27,7 +27,7 @@ struct Window {
 };
 
 // What the bytes at the window's place came to.
-struct Decoder::Outcome {
+struct Outcome {
     enum Kind { End, Good, Bad } kind;
     size_t size;                     // of a good message
     std::unique_ptr<AsnType> value;  // a good message
@@ -101,7 +101,9 @@ std::unique_ptr<AsnType> Envelope(const unsigned char* p, size_t n, const Option
     return nullptr;
 }
 
-std::string At(uint64_t offset) { return "the message at offset " + std::to_string(offset) + " "; }
+Outcome Bad(const Window& w, const std::string& what) {
+    return {Outcome::Bad, 0, nullptr, "the message at offset " + std::to_string(w.Offset()) + " " + what};
+}
 
 }  // namespace
 
@@ -114,16 +116,15 @@ Decoder::Decoder(const Options& o) : o_(o) {
 // decodes it. An element whose size the header does not give (the
 // indefinite form) is scanned again once its bytes have doubled or the
 // input pauses, so that reading a long one stays linear.
-Decoder::Outcome Decoder::Next(Input& in, Window& w) {
+Outcome Decoder::Next(Input& in, Window& w) {
     for (;;) {
         if (w.Left() == 0 && !More(in, w))
             return {Outcome::End, 0, nullptr, ""};
         AsnTlv tlv;
         AsnTlvStatus status = AsnReadTlv(w.Here(), w.Left(), tlv);
         if (tlv.totalSize > kMessageLimit)
-            return {Outcome::Bad, 0, nullptr,
-                    At(w.Offset()) + "has " + std::to_string(tlv.totalSize) + " octets, more than the " +
-                        std::to_string(kMessageLimit) + " that zoldump takes"};
+            return Bad(w, "has " + std::to_string(tlv.totalSize) + " octets, more than the " +
+                              std::to_string(kMessageLimit) + " that zoldump takes");
         if (status == AsnTlvComplete)
             return Decode(w, tlv.totalSize, nullptr);
         if (status == AsnTlvMalformed)
@@ -131,8 +132,7 @@ Decoder::Outcome Decoder::Next(Input& in, Window& w) {
         if (w.ended)
             return Decode(w, 0, "is cut short by the end of the input");
         if (w.Left() > kMessageLimit)
-            return {Outcome::Bad, 0, nullptr,
-                    At(w.Offset()) + "runs past " + std::to_string(kMessageLimit) + " octets, more than zoldump takes"};
+            return Bad(w, "runs past " + std::to_string(kMessageLimit) + " octets, more than zoldump takes");
         size_t want = tlv.totalSize ? tlv.totalSize : 2 * w.Left();
         while (More(in, w) && w.Left() < want && (tlv.totalSize || in.Ready())) {
         }
@@ -142,27 +142,25 @@ Decoder::Outcome Decoder::Next(Input& in, Window& w) {
 // Decodes the `frame` octets at the window's place. Without a whole element
 // (`frame` 0) the decoders still read what is there, for their failure
 // line; `fault` says what is wrong should they not fail.
-Decoder::Outcome Decoder::Decode(const Window& w, size_t frame, const char* fault) {
+Outcome Decoder::Decode(const Window& w, size_t frame, const char* fault) {
     size_t n = frame ? frame : w.Left();
     std::string why;
     std::unique_ptr<AsnType> value(type_ ? type_->create()
                                          : Envelope(reinterpret_cast<const unsigned char*>(w.Here()), n, o_, why).release());
     if (!value)
-        return {Outcome::Bad, 0, nullptr, At(w.Offset()) + why};
+        return Bad(w, why);
     AsnBuf b;
     b.InstallData(const_cast<char*>(w.Here()), n);
     AsnLen used = 0;
     const char* type = AsnTypeName(value->_getdesc());
     if (!value->BDecPdu(b, used) || used == 0 || used > n)
-        return {Outcome::Bad, 0, nullptr,
-                At(w.Offset()) + "does not decode as " + type + " (decoding stopped at offset " +
-                    std::to_string(w.Offset() + uint64_t(b.readPos - b.dataBegin)) + ")"};
+        return Bad(w, std::string("does not decode as ") + type + " (decoding stopped at offset " +
+                          std::to_string(w.Offset() + uint64_t(b.readPos - b.dataBegin)) + ")");
     if (!frame)
-        return {Outcome::Bad, 0, nullptr, At(w.Offset()) + fault};
+        return Bad(w, fault);
     if (used != frame)
-        return {Outcome::Bad, 0, nullptr,
-                At(w.Offset()) + "decodes as " + type + " in " + std::to_string(used) + " of its " +
-                    std::to_string(frame) + " octets"};
+        return Bad(w, std::string("decodes as ") + type + " in " + std::to_string(used) + " of its " +
+                          std::to_string(frame) + " octets");
     return {Outcome::Good, frame, std::move(value), ""};
 }
 

@@ -16,6 +16,7 @@ struct AsnTypeDesc;
 namespace ZolDump {
 
 class Input;
+struct Outcome;
 struct Window;
 
 // The largest message zoldump takes: one longer is refused as soon as its
@@ -35,8 +36,6 @@ public:
     unsigned long bad() const { return bad_; }
 
 private:
-    struct Outcome;
-
     Outcome Next(Input& in, Window& w);
     Outcome Decode(const Window& w, size_t frame, const char* fault);
 

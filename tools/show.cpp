@@ -14,8 +14,8 @@ namespace {
 
 const char* TypeName(const AsnType& v) { return AsnTypeName(v._getdesc()); }
 
-// The shortest text that reads back as `x`, with a decimal point rather
-// than an exponent where that is as short as a price or a quantity needs.
+// The shortest text that reads back as `x`: with a decimal point and no
+// exponent from 1e-5 to 1e15, where prices and quantities lie.
 std::string RealText(double x) {
     if (std::isnan(x))
         return "NOT-A-NUMBER";
@@ -23,7 +23,7 @@ std::string RealText(double x) {
         return x > 0 ? "PLUS-INFINITY" : "MINUS-INFINITY";
     char text[48];
     bool fixed = std::fabs(x) < 1e15 && (x == 0 || std::fabs(x) >= 1e-5);
-    for (int digits = fixed ? 0 : 1; digits <= 20; ++digits) {
+    for (int digits = fixed ? 0 : 1; digits <= 24; ++digits) {
         std::snprintf(text, sizeof text, fixed ? "%.*f" : "%.*g", digits, x);
         if (std::strtod(text, nullptr) == x)
             break;
