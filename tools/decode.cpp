@@ -63,12 +63,10 @@ private:
 };
 
 // Reads a chunk more into `w`, dropping the messages behind it first.
-// What is shown goes out before, as zoldump may now wait for its input.
 bool More(Input& in, Window& w) {
     w.bytes.erase(0, w.at);
     w.start += w.at;
     w.at = 0;
-    std::fflush(stdout);
     w.ended = w.ended || !in.Read(w.bytes);
     return !w.ended;
 }
@@ -171,7 +169,10 @@ void Decoder::Run(Input& in, bool named) {
         if (r.kind == Outcome::Good) {
             out_.clear();
             Show(o_.form, {named ? in.name().c_str() : nullptr, w.Offset(), r.size}, *r.value, good_ == 0, out_);
+            // Out at once: the reader of a live capture sees each message as
+            // it comes, and the decoders' failure lines come after it.
             std::fwrite(out_.data(), 1, out_.size(), stdout);
+            std::fflush(stdout);
             ++good_;
             w.at += r.size;
             r = Next(in, w);
@@ -182,7 +183,6 @@ void Decoder::Run(Input& in, bool named) {
         // Try each next offset until a message decodes there, or the input ends.
         uint64_t from = w.Offset();
         std::string why = r.why;
-        std::fflush(stdout);
         {
             Quiet quiet;
             do {

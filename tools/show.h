@@ -28,9 +28,8 @@ void Show(Form form, const Place& place, AsnType& message, bool first, std::stri
 // every octet is printable, else as 'hex'H.
 void Brief(AsnType& value, std::string& out);
 
-// A line of zoldump's own on standard error, "zoldump: " first, after what
-// was shown and what the decoders wrote (standard error is fully buffered,
-// so that their lines wait for what standard output holds before them).
+// A line of zoldump's own on standard error, "zoldump: " first, after
+// what was shown.
 void Say(const std::string& line);
 
 }  // namespace ZolDump

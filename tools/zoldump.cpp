@@ -143,9 +143,6 @@ int Run(const Options& o) {
 
 int main(int argc, char** argv) {
     using namespace ZolDump;
-    // The decoders write their failure lines to stderr; buffered, they wait
-    // for the messages shown before them, which Say sends out first.
-    std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ);
     try {
         return Run(ParseArgs(argc, argv));
     } catch (const UsageError& e) {
