@@ -4,13 +4,10 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <memory>
 #include <string>
 
 #include "options.h"
 
-class AsnType;
 struct AsnTypeDesc;
 
 namespace ZolDump {
