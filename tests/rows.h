@@ -48,6 +48,11 @@ bool RegisterRowOp(const char* op, RowOp fn);
     static const bool rowOpRegistered_##name = zt::RegisterRowOp(#name, RowOp_##name); \
     static void RowOp_##name(const zt::Row& row)
 
+// Checks that `actual` is `expected`; a check whose text, or an expected
+// text, is "?" is a place to fill: the actual text is written to standard
+// output for the one who writes the row, and nothing fails.
+void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected);
+
 // A new value of the type named `name`: a type of the protocol's modules or
 // of the test patterns, or a universal class ("AsnInt", "PrintableString").
 std::unique_ptr<AsnType> Make(const std::string& name);
