@@ -9,6 +9,7 @@
 //   int V [zero] [plain]          zero: showZero; plain: without the locale)
 //   long V [zero] [plain]         and Integer, LongInt
 //   date D, datetime D T [MS]     ZolFormat::Date, DateTime (MS: with millisec)
+//   day Y M D, time H M S MS [size=N]   Platform::DateFormat, TimeFormat
 //   settings                      the number settings read from the locale
 //   item N                        Platform::LocaleInfo
 //   fmt DIGITS LEAD GROUPING NEG DEC THOU   the settings of the number rows
@@ -180,6 +181,14 @@ struct Call {
             s << "dec '" << n.lpDecimalSep << "' thou '" << n.lpThousandSep << "' grouping " << n.Grouping
               << " digits " << n.NumDigits << " lead " << n.LeadingZero << " neg " << n.NegativeOrder;
             return s.str();
+        }
+        if (key == "day" || key == "time") {
+            SYSTEMTIME t{};
+            uint16_t* f[] = {&t.wYear, &t.wMonth, &t.wDay, &t.wHour, &t.wMinute, &t.wSecond, &t.wMilliseconds};
+            size_t from = key == "time" ? 3 : 0;
+            for (size_t i = 0; i < a.size(); ++i)
+                *f[from + i] = uint16_t(whole(i));
+            return Service(from ? Platform::TimeFormat(t, out, size) : Platform::DateFormat(t, out, size), out);
         }
         if (key == "item")
             return Service(Platform::LocaleInfo(unsigned(whole(0)), out, size), out);
