@@ -39,14 +39,12 @@ const char* const kVars[] = {"LC_ALL", "LC_NUMERIC", "LC_MONETARY", "LC_TIME", "
 
 // The locale variables of a row for its length; what was there comes back.
 struct Environment {
-    std::string saved[6];
-    bool had[6] = {};
+    std::vector<std::pair<const char*, std::string>> saved;
     explicit Environment(const std::vector<std::string>& assignments) {
-        for (int i = 0; i < 6; ++i) {
-            const char* v = std::getenv(kVars[i]);
-            had[i] = v != nullptr;
-            saved[i] = v ? v : "";
-            unsetenv(kVars[i]);
+        for (const char* var : kVars) {
+            if (const char* v = std::getenv(var))
+                saved.emplace_back(var, v);
+            unsetenv(var);
         }
         for (const std::string& a : assignments) {
             std::string value = a.substr(a.find('=') + 1);
@@ -55,8 +53,10 @@ struct Environment {
         ZolFormat::GetNumberLocaleInfo();
     }
     ~Environment() {
-        for (int i = 0; i < 6; ++i)
-            had[i] ? setenv(kVars[i], saved[i].c_str(), 1) : unsetenv(kVars[i]);
+        for (const char* var : kVars)
+            unsetenv(var);
+        for (const auto& v : saved)
+            setenv(v.first, v.second.c_str(), 1);
         ZolFormat::GetNumberLocaleInfo();
     }
 };
@@ -91,11 +91,21 @@ std::string Shown(const char* text) {
     return text;
 }
 
-std::string Fields(const SYSTEMTIME& t) {
-    std::ostringstream s;
-    s << t.wYear << ' ' << t.wMonth << ' ' << t.wDay << ' ' << t.wHour << ' ' << t.wMinute << ' ' << t.wSecond
-      << ' ' << t.wMilliseconds;
-    return s.str();
+// A time record's fields: year, month, day, hour, minute, second, milliseconds.
+std::vector<uint16_t*> FieldsOf(SYSTEMTIME& t) {
+    return {&t.wYear, &t.wMonth, &t.wDay, &t.wHour, &t.wMinute, &t.wSecond, &t.wMilliseconds};
+}
+std::string Fields(SYSTEMTIME t) {
+    std::string s;
+    for (uint16_t* f : FieldsOf(t))
+        s += (s.empty() ? "" : " ") + std::to_string(*f);
+    return s;
+}
+SYSTEMTIME Record(const std::vector<std::string>& a, size_t from) {
+    SYSTEMTIME t{};
+    for (size_t i = 0; i < a.size(); ++i)
+        *FieldsOf(t).at(from + i) = uint16_t(std::stoi(a[i]));
+    return t;
 }
 
 struct Call {
@@ -140,31 +150,20 @@ struct Call {
         }
         if (key == "date")
             return Shown(ZolFormat::Date(ZolDate(whole(0))));
-        if (key == "datetime" && a.size() == 2) {
-            ZolDateTime t;
-            t.date = whole(0);
-            t.time = whole(1);
-            return Shown(ZolFormat::DateTime(t));
-        }
         if (key == "datetime" || key == "unpack") {
-            ZolDateTimeMS t;
-            t.date = whole(0);
-            t.time = a.size() > 1 ? whole(1) : 0;
-            t.millisec = a.size() > 2 ? whole(2) : 0;
-            if (key == "datetime")
-                return Shown(ZolFormat::DateTime(t));
-            if (a.size() == 3)
-                return Fields(ZolConvert::DateTime(t));
+            ZolDateTimeMS ms;
             ZolDateTime dt;
-            dt.date = t.date;
-            dt.time = t.time;
-            return Fields(a.size() == 2 ? ZolConvert::DateTime(dt) : ZolConvert::Date(ZolDate(t.date)));
+            dt.date = ms.date = whole(0);
+            dt.time = ms.time = a.size() > 1 ? whole(1) : 0;
+            ms.millisec = a.size() > 2 ? whole(2) : 0;
+            if (key == "datetime")
+                return Shown(a.size() > 2 ? ZolFormat::DateTime(ms) : ZolFormat::DateTime(dt));
+            return Fields(a.size() > 2   ? ZolConvert::DateTime(ms)
+                          : a.size() > 1 ? ZolConvert::DateTime(dt)
+                                         : ZolConvert::Date(ZolDate(dt.date)));
         }
         if (key == "pack") {
-            SYSTEMTIME t{};
-            uint16_t* f[] = {&t.wYear, &t.wMonth, &t.wDay, &t.wHour, &t.wMinute, &t.wSecond, &t.wMilliseconds};
-            for (size_t i = 0; i < 7; ++i)
-                *f[i] = uint16_t(whole(i));
+            SYSTEMTIME t = Record(a, 0);
             ZolDateTimeMS ms = ZolConvert::DateTimeMS(t);
             ZolDateTime dt = ZolConvert::DateTime(t);
             EXPECT_EQ(ZolConvert::Date(t).value, ms.date.value);
@@ -182,14 +181,10 @@ struct Call {
               << " digits " << n.NumDigits << " lead " << n.LeadingZero << " neg " << n.NegativeOrder;
             return s.str();
         }
-        if (key == "day" || key == "time") {
-            SYSTEMTIME t{};
-            uint16_t* f[] = {&t.wYear, &t.wMonth, &t.wDay, &t.wHour, &t.wMinute, &t.wSecond, &t.wMilliseconds};
-            size_t from = key == "time" ? 3 : 0;
-            for (size_t i = 0; i < a.size(); ++i)
-                *f[from + i] = uint16_t(whole(i));
-            return Service(from ? Platform::TimeFormat(t, out, size) : Platform::DateFormat(t, out, size), out);
-        }
+        if (key == "day")
+            return Service(Platform::DateFormat(Record(a, 0), out, size), out);
+        if (key == "time")
+            return Service(Platform::TimeFormat(Record(a, 3), out, size), out);
         if (key == "item")
             return Service(Platform::LocaleInfo(unsigned(whole(0)), out, size), out);
         if (key == "number")

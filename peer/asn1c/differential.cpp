@@ -116,43 +116,25 @@ struct PeerValue {
     }
 };
 
-enum Kind { BOOL, INT, BITS, OCTS, NUL, REAL, ENUM, SEQ, SETOF, CHOICE };
+// The kinds of type, by their universal tag; a choice has none.
+enum Kind { CHOICE = 0, BOOL = 1, INT = 2, BITS = 3, OCTS = 4, NUL = 5, REAL = 9, ENUM = 10, SEQ = 16, SETOF = 17 };
 
-// The kind of a type. A type defined as another one takes that one's
-// members and functions the first time it is used; freeing null does it.
+// A type defined as another one takes that one's members and functions the
+// first time it is used; freeing null does it.
 Kind KindOf(asn_TYPE_descriptor_t* td) {
     td->free_struct(td, nullptr, 0);
-    if (td->tags_count == 0)
-        return CHOICE;
-    switch (BER_TAG_VALUE(td->tags[td->tags_count - 1])) {
-    case 1: return BOOL;
-    case 2: return INT;
-    case 3: return BITS;
-    case 4: return OCTS;
-    case 5: return NUL;
-    case 9: return REAL;
-    case 10: return ENUM;
-    case 16: return SEQ;
-    case 17: return SETOF;
-    }
-    std::fprintf(stderr, "asn1c type %s has an unexpected tag\n", td->name);
-    std::abort();
+    return td->tags_count ? Kind(BER_TAG_VALUE(td->tags[td->tags_count - 1])) : CHOICE;
 }
 
 size_t SizeOf(asn_TYPE_descriptor_t* td) {
     switch (KindOf(td)) {
-    case BOOL: return sizeof(BOOLEAN_t);
-    case INT:
-    case ENUM: return sizeof(long);
-    case BITS: return sizeof(BIT_STRING_t);
-    case OCTS: return sizeof(OCTET_STRING_t);
-    case NUL: return sizeof(int);
-    case REAL: return sizeof(double);
     case SEQ: return size_t(static_cast<const asn_SEQUENCE_specifics_t*>(td->specifics)->struct_size);
     case SETOF: return size_t(static_cast<const asn_SET_OF_specifics_t*>(td->specifics)->struct_size);
     case CHOICE: return size_t(static_cast<const asn_CHOICE_specifics_t*>(td->specifics)->struct_size);
+    case BITS: return sizeof(BIT_STRING_t);
+    case OCTS: return sizeof(OCTET_STRING_t);
+    default: return sizeof(double);  // room for any of the leaves: long, int, BOOLEAN_t, double
     }
-    return 0;
 }
 
 // Edge values. zol's INTEGER is 32 bits wide. The reals leave out -0.0
@@ -242,7 +224,7 @@ struct PeerFiller {
                 s->buf[s->size - 1] &= uint8_t(0xFF << s->bits_unused);
             break;
         }
-        case NUL: break;
+        default: break;  // NULL
         }
     }
 };
