@@ -25,6 +25,7 @@
 // finds the tests' own locale, tests/zt_ZT.locale, built into the build tree.
 #include <locale.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
@@ -63,9 +64,7 @@ struct Environment {
 
 bool Installed(const std::string& name) {
     locale_t l = newlocale(LC_ALL_MASK, name.c_str(), locale_t{});
-    if (l)
-        freelocale(l);
-    return l != locale_t{};
+    return l && (freelocale(l), true);
 }
 
 std::vector<std::string> Words(const std::string& s) {
@@ -115,20 +114,14 @@ struct Call {
     std::string Run(const std::string& key, std::vector<std::string> a) {
         bool zero = false, locale = true;
         int decimals = -100, size = key == "item" ? 10 : 1000;
-        for (size_t i = 0; i < a.size();) {
-            const std::string& w = a[i];
+        auto flag = [&](const std::string& w) {
             if (w == "zero" || w == "plain")
                 (w == "zero" ? zero : locale) = w == "zero";
-            else if (w.compare(0, 2, "d=") == 0)
-                decimals = std::stoi(w.substr(2));
-            else if (w.compare(0, 5, "size=") == 0)
-                size = std::stoi(w.substr(5));
-            else {
-                ++i;
-                continue;
-            }
-            a.erase(a.begin() + long(i));
-        }
+            else if (w.compare(0, 2, "d=") == 0 || w.compare(0, 5, "size=") == 0)
+                (w[0] == 'd' ? decimals : size) = std::stoi(w.substr(w.find('=') + 1));
+            return w == "zero" || w == "plain" || w.find('=') != std::string::npos;
+        };
+        a.erase(std::remove_if(a.begin(), a.end(), flag), a.end());
         auto num = [&](size_t i) { return std::strtod(a.at(i).c_str(), nullptr); };
         auto whole = [&](size_t i) { return int32_t(std::stol(a.at(i))); };
         char out[1000];
@@ -190,11 +183,9 @@ struct Call {
         if (key == "number")
             return Service(Platform::NumberFormat(a.empty() ? "" : a[0].c_str(), fmt, out, size), out);
         if (key == "fmt") {
-            fmt = {unsigned(whole(0)), unsigned(whole(1)), unsigned(whole(2)), nullptr, nullptr, unsigned(whole(3))};
-            seps[0] = a.at(4);
-            seps[1] = a.at(5);
-            fmt.lpDecimalSep = seps[0] == "-" ? nullptr : &seps[0][0];
-            fmt.lpThousandSep = seps[1] == "-" ? nullptr : &seps[1][0];
+            seps[0] = a.at(4), seps[1] = a.at(5);
+            fmt = {unsigned(whole(0)), unsigned(whole(1)), unsigned(whole(2)), seps[0] == "-" ? nullptr : &seps[0][0],
+                   seps[1] == "-" ? nullptr : &seps[1][0], unsigned(whole(3))};
             return "";
         }
         if (key == "record") {
