@@ -1,10 +1,6 @@
-# Runs one program and compares what it wrote with the expected texts:
-#   cmake -DCMD=program [-DARGS="arg ..."] -DOUT=expected-stdout
-#         [-DERR=expected-stderr] [-DCODE=exit-status] -P expect.cmake
-# Without ERR standard error must stay empty; CODE defaults to 0.
-if(NOT DEFINED CODE)
-  set(CODE 0)
-endif()
+# Runs one program, which must exit with 0 and write exactly the expected
+# texts: cmake -DCMD=program [-DARGS="arg ..."] -DOUT=expected-stdout
+#   [-DERR=expected-stderr] -P expect.cmake      (without ERR: no stderr)
 separate_arguments(args UNIX_COMMAND "${ARGS}")
 execute_process(COMMAND ${CMD} ${args} RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE err)
 file(READ ${OUT} want_out)
@@ -12,19 +8,7 @@ set(want_err "")
 if(DEFINED ERR)
   file(READ ${ERR} want_err)
 endif()
-set(failed FALSE)
-if(NOT code STREQUAL CODE)
-  message(SEND_ERROR "exit status ${code}, expected ${CODE}")
-  set(failed TRUE)
-endif()
-if(NOT out STREQUAL want_out)
-  message(SEND_ERROR "standard output differs from ${OUT}; it was:\n${out}")
-  set(failed TRUE)
-endif()
-if(NOT err STREQUAL want_err)
-  message(SEND_ERROR "standard error differs; it was:\n${err}\nexpected:\n${want_err}")
-  set(failed TRUE)
-endif()
-if(failed)
-  message(FATAL_ERROR "${CMD}")
+if(NOT code STREQUAL "0" OR NOT out STREQUAL want_out OR NOT err STREQUAL want_err)
+  message(FATAL_ERROR "${CMD} exited with ${code}\nstandard output, expected ${OUT}:\n${out}\n"
+    "standard error, expected ${ERR}:\n${err}")
 endif()

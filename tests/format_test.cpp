@@ -1,370 +1,240 @@
-// Display text of the protocol's values, the conversions of dates, times
-// and long integers, and the locale services beneath them.
-#include "support.h"
+// Display texts of the protocol's values under the locale that the
+// environment names, the locale services beneath them and the conversions
+// of dates, times and long integers, as rows of tests/rows/format.txt:
+//
+//   env LC_ALL=de_DE.UTF-8        the locale variables for the calls below
+//     KEY ARGS => TEXT            a call and the text it gives
+//
+//   fixed V [d=N] [zero] [plain]  ZolFormat::FixedReal (d=N: its decimals;
+//   int V [zero] [plain]          zero: showZero; plain: without the locale)
+//   long V [zero] [plain]         and Integer, LongInt
+//   date D, datetime D T [MS]     ZolFormat::Date, DateTime (MS: with millisec)
+//   day Y M D, time H M S MS [size=N]   Platform::DateFormat, TimeFormat
+//   settings                      the number settings read from the locale
+//   item N                        Platform::LocaleInfo
+//   fmt DIGITS LEAD GROUPING NEG DEC THOU   the settings of the number rows
+//   number PLAIN [size=N]         Platform::NumberFormat with them
+//   record DEC THOU GROUPING DIGITS NEG     put into ZolFormat's own settings
+//   int64 V                       ZolConvert::Int64
+//   unpack D [T [MS]]             ZolConvert to the time record: Y M D h m s ms
+//   pack Y M D h m s ms           and back: D T MS
+//
+// A service that fails gives "fails". A separator of '' is empty, of - null.
+// Rows that name a locale the machine lacks are skipped, unless they carry
+// the check "absent": then the locale must be missing. LOCPATH=$LOCALES
+// finds the tests' own locale, tests/zt_ZT.locale, built into the build tree.
+#include <locale.h>
 
-#include <cmath>
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
-#include <string>
+#include <sstream>
+
+#include "rows.h"
 
 namespace {
 
-using Zol::NUMBERFMTA;
-using Zol::SYSTEMTIME;
-using Zol::ZolConvert;
-using Zol::ZolFormat;
-namespace Platform = Zol::Platform;
+using namespace Zol;
 
-// Runs each test under the locale variables it asks for, and puts the
-// environment and the number settings back afterwards.
-class Locale : public testing::Test {
-protected:
-    static constexpr const char* vars[] = {"LC_ALL", "LC_NUMERIC", "LC_MONETARY", "LC_TIME", "LANG"};
-    std::string saved[5];
-    bool had[5] = {};
+const char* const kVars[] = {"LC_ALL", "LC_NUMERIC", "LC_MONETARY", "LC_TIME", "LANG", "LOCPATH"};
 
-    void SetUp() override {
-        for (int i = 0; i < 5; ++i) {
-            const char* v = std::getenv(vars[i]);
-            had[i] = v != nullptr;
-            saved[i] = v ? v : "";
-            unsetenv(vars[i]);
+// The locale variables of a row for its length; what was there comes back.
+struct Environment {
+    std::vector<std::pair<const char*, std::string>> saved;
+    explicit Environment(const std::vector<std::string>& assignments) {
+        for (const char* var : kVars) {
+            if (const char* v = std::getenv(var))
+                saved.emplace_back(var, v);
+            unsetenv(var);
         }
-        Use("C");
-    }
-    void TearDown() override {
-        for (int i = 0; i < 5; ++i) {
-            if (had[i])
-                setenv(vars[i], saved[i].c_str(), 1);
-            else
-                unsetenv(vars[i]);
+        for (const std::string& a : assignments) {
+            std::string value = a.substr(a.find('=') + 1);
+            setenv(a.substr(0, a.find('=')).c_str(), value == "$LOCALES" ? ZOL_LOCALES : value.c_str(), 1);
         }
         ZolFormat::GetNumberLocaleInfo();
     }
-    static void Use(const char* locale) {
-        setenv("LC_ALL", locale, 1);
+    ~Environment() {
+        for (const char* var : kVars)
+            unsetenv(var);
+        for (const auto& v : saved)
+            setenv(v.first, v.second.c_str(), 1);
         ZolFormat::GetNumberLocaleInfo();
     }
 };
 
-Zol::ZolFixedReal Fixed(double v, const int* decimals = nullptr) {
-    Zol::ZolFixedReal r;
-    r.value = v;
-    if (decimals)
-        r.decimals = new AsnInt(*decimals);
-    return r;
+bool Installed(const std::string& name) {
+    locale_t l = newlocale(LC_ALL_MASK, name.c_str(), locale_t{});
+    return l && (freelocale(l), true);
 }
 
-Zol::ZolLongInt Long(double v) {
-    Zol::ZolLongInt r;
-    r.value = v;
-    return r;
+std::vector<std::string> Words(const std::string& s) {
+    std::istringstream in(s);
+    std::vector<std::string> out;
+    for (std::string w; in >> w;)
+        out.push_back(w == "''" ? "" : w);
+    return out;
 }
 
-Zol::ZolDateTime At(int32_t date, int32_t time) {
-    Zol::ZolDateTime dt;
-    dt.date = date;
-    dt.time = time;
-    return dt;
-}
-
-// A number service call: the result text, or "<failed>" with a check that
-// the failure left the empty text.
-std::string Rewrite(const char* plain, const NUMBERFMTA& fmt, int size = 1000) {
-    char out[1000];
-    std::memset(out, 'x', sizeof out);
-    int n = Platform::NumberFormat(plain, fmt, out, size);
+// A service's text: "fails" when it returned 0, which must leave the
+// empty text; otherwise its count must be the text's length and the NUL.
+std::string Service(int n, const char* out) {
     if (n == 0)
-        return out[0] == '\0' ? "<failed>" : "<failed, not emptied>";
+        return *out ? "fails, not emptied" : "fails";
     EXPECT_EQ(size_t(n), std::strlen(out) + 1);
     return out;
 }
 
-// Run alone, as ctest runs each test, this sees what the object built
-// when the library loaded has read: every locale has a decimal separator.
+// Every ZolFormat result is the one shared buffer.
+std::string Shown(const char* text) {
+    EXPECT_EQ(text, ZolFormat::result);
+    return text;
+}
+
+// A time record's fields: year, month, day, hour, minute, second, milliseconds.
+std::vector<uint16_t*> FieldsOf(SYSTEMTIME& t) {
+    return {&t.wYear, &t.wMonth, &t.wDay, &t.wHour, &t.wMinute, &t.wSecond, &t.wMilliseconds};
+}
+std::string Fields(SYSTEMTIME t) {
+    std::string s;
+    for (uint16_t* f : FieldsOf(t))
+        s += (s.empty() ? "" : " ") + std::to_string(*f);
+    return s;
+}
+SYSTEMTIME Record(const std::vector<std::string>& a, size_t from) {
+    SYSTEMTIME t{};
+    for (size_t i = 0; i < a.size(); ++i)
+        *FieldsOf(t).at(from + i) = uint16_t(std::stoi(a[i]));
+    return t;
+}
+
+struct Call {
+    NUMBERFMTA fmt{};
+    std::string seps[2];  // the number rows' separators
+
+    std::string Run(const std::string& key, std::vector<std::string> a) {
+        bool zero = false, locale = true;
+        int decimals = -100, size = key == "item" ? 10 : 1000;
+        auto flag = [&](const std::string& w) {
+            if (w == "zero" || w == "plain")
+                (w == "zero" ? zero : locale) = w == "zero";
+            else if (w.compare(0, 2, "d=") == 0 || w.compare(0, 5, "size=") == 0)
+                (w[0] == 'd' ? decimals : size) = std::stoi(w.substr(w.find('=') + 1));
+            return w == "zero" || w == "plain" || w.find('=') != std::string::npos;
+        };
+        a.erase(std::remove_if(a.begin(), a.end(), flag), a.end());
+        auto num = [&](size_t i) { return std::strtod(a.at(i).c_str(), nullptr); };
+        auto whole = [&](size_t i) { return int32_t(std::stol(a.at(i))); };
+        char out[1000];
+        std::memset(out, 'x', sizeof out);
+        if (key == "fixed") {
+            ZolFixedReal r;
+            r.value = num(0);
+            if (decimals != -100)
+                r.decimals = new AsnInt(decimals);
+            return Shown(ZolFormat::FixedReal(r, zero, locale, 0));
+        }
+        if (key == "int")
+            return Shown(ZolFormat::Integer(ZolInteger(whole(0)), zero, locale, 0));
+        if (key == "long" || key == "int64") {
+            ZolLongInt r;
+            r.value = num(0);
+            return key == "long" ? Shown(ZolFormat::LongInt(r, zero, locale, 0))
+                                 : std::to_string(ZolConvert::Int64(r));
+        }
+        if (key == "date")
+            return Shown(ZolFormat::Date(ZolDate(whole(0))));
+        if (key == "datetime" || key == "unpack") {
+            ZolDateTimeMS ms;
+            ZolDateTime dt;
+            dt.date = ms.date = whole(0);
+            dt.time = ms.time = a.size() > 1 ? whole(1) : 0;
+            ms.millisec = a.size() > 2 ? whole(2) : 0;
+            if (key == "datetime")
+                return Shown(a.size() > 2 ? ZolFormat::DateTime(ms) : ZolFormat::DateTime(dt));
+            return Fields(a.size() > 2   ? ZolConvert::DateTime(ms)
+                          : a.size() > 1 ? ZolConvert::DateTime(dt)
+                                         : ZolConvert::Date(ZolDate(dt.date)));
+        }
+        if (key == "pack") {
+            SYSTEMTIME t = Record(a, 0);
+            ZolDateTimeMS ms = ZolConvert::DateTimeMS(t);
+            ZolDateTime dt = ZolConvert::DateTime(t);
+            EXPECT_EQ(ZolConvert::Date(t).value, ms.date.value);
+            EXPECT_EQ(dt.date.value, ms.date.value);
+            EXPECT_EQ(dt.time.value, ms.time.value);
+            return std::to_string(ms.date.value) + ' ' + std::to_string(ms.time.value) + ' ' +
+                   std::to_string(ms.millisec.value);
+        }
+        if (key == "settings") {
+            const NUMBERFMTA& n = ZolFormat::numberFormat;
+            EXPECT_EQ(n.lpDecimalSep, ZolFormat::decimalSep);
+            EXPECT_EQ(n.lpThousandSep, ZolFormat::thousandSep);
+            std::ostringstream s;
+            s << "dec '" << n.lpDecimalSep << "' thou '" << n.lpThousandSep << "' grouping " << n.Grouping
+              << " digits " << n.NumDigits << " lead " << n.LeadingZero << " neg " << n.NegativeOrder;
+            return s.str();
+        }
+        if (key == "day")
+            return Service(Platform::DateFormat(Record(a, 0), out, size), out);
+        if (key == "time")
+            return Service(Platform::TimeFormat(Record(a, 3), out, size), out);
+        if (key == "item")
+            return Service(Platform::LocaleInfo(unsigned(whole(0)), out, size), out);
+        if (key == "number")
+            return Service(Platform::NumberFormat(a.empty() ? "" : a[0].c_str(), fmt, out, size), out);
+        if (key == "fmt") {
+            seps[0] = a.at(4), seps[1] = a.at(5);
+            fmt = {unsigned(whole(0)), unsigned(whole(1)), unsigned(whole(2)), seps[0] == "-" ? nullptr : &seps[0][0],
+                   seps[1] == "-" ? nullptr : &seps[1][0], unsigned(whole(3))};
+            return "";
+        }
+        if (key == "record") {
+            std::strcpy(ZolFormat::decimalSep, a.at(0).c_str());
+            std::strcpy(ZolFormat::thousandSep, a.at(1).c_str());
+            ZolFormat::numberFormat.Grouping = unsigned(whole(2));
+            ZolFormat::numberFormat.NumDigits = unsigned(whole(3));
+            ZolFormat::numberFormat.NegativeOrder = unsigned(whole(4));
+            return "";
+        }
+        ADD_FAILURE() << "no call " << key;
+        return "";
+    }
+};
+
+ZT_ROW_OP(env) {
+    Environment env(Words(row.arg));
+    std::string missing;
+    for (const std::string& v : Words(row.arg))
+        if (v.compare(0, 8, "LOCPATH=") != 0 && !Installed(v.substr(v.find('=') + 1)))
+            missing += " " + v;
+    if (row.Get("absent")) {
+        EXPECT_NE(missing, "") << "every locale is installed";
+    } else if (!missing.empty()) {
+        std::printf("%s:%d: skipped, not installed:%s\n", row.file.c_str(), row.line, missing.c_str());
+        return;
+    }
+    Call call;
+    for (const zt::Row::Check& c : row.checks) {
+        if (c.key == "absent")
+            continue;
+        SCOPED_TRACE("line " + std::to_string(c.line));
+        size_t arrow = c.text.find("=>");
+        std::string args = c.text.substr(0, arrow);
+        std::string actual = call.Run(c.key, Words(args));
+        if (arrow != std::string::npos) {
+            std::string want = c.text.substr(std::min(arrow + 3, c.text.size()));
+            zt::Expect(row, c, args + "=> " + actual, want == "?" ? want : args + "=> " + want);
+        }
+    }
+}
+
+// Run alone, as ctest runs each test, this sees what the library's own
+// object read while the library loaded: every locale has a decimal
+// separator.
 TEST(ZolFormat, SettingsAreReadWhenTheLibraryLoads) {
     EXPECT_EQ(ZolFormat::numberFormat.lpDecimalSep, ZolFormat::decimalSep);
-    EXPECT_EQ(ZolFormat::numberFormat.lpThousandSep, ZolFormat::thousandSep);
     EXPECT_NE(ZolFormat::decimalSep[0], '\0');
     EXPECT_EQ(ZolFormat::numberFormat.LeadingZero, 1u);
-}
-
-TEST_F(Locale, FixedRealPlainForms) {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const int two = 2, zero = 0, twelve = 12, minus = -3;
-    const struct {
-        double v;
-        const int* decimals;
-        bool showZero;
-        const char* text;
-    } rows[] = {
-        {0, nullptr, false, ""},
-        {0, &two, true, "0.00"},
-        {0, nullptr, true, "0.000000000"},
-        {1e-9, nullptr, false, ""},          // under 1e-8 counts as zero
-        {-1e-9, nullptr, false, ""},
-        {1e-9, nullptr, true, "0.000000001"},
-        {1e-8, nullptr, false, "0.000000010"},   // at least 1e-8 shows
-        {2e-8, nullptr, false, "0.000000020"},
-        {-2e-8, nullptr, false, "-0.000000020"},
-        {nan, nullptr, false, ""},
-        {12.5, nullptr, false, "12.500000000"},
-        {12.5, &twelve, false, "12.500000000"},  // at most 9 places
-        {12.5, &two, false, "12.50"},
-        {-1234567.891, &two, false, "-1234567.89"},
-        {2.5, &zero, false, "2"},                // printf's rounding: to even
-        {3.5, &zero, false, "4"},
-        {12.5, &minus, false, "12"},             // a negative count shows no places
-        {1e20, &two, false, "100000000000000000000.00"},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.text);
-        EXPECT_STREQ(ZolFormat::FixedReal(Fixed(r.v, r.decimals), r.showZero, false, 0), r.text);
-        // The "C" locale has a point, no grouping and the minus in front.
-        EXPECT_STREQ(ZolFormat::FixedReal(Fixed(r.v, r.decimals), r.showZero, true, 0), r.text);
-    }
-    EXPECT_STREQ(ZolFormat::FixedReal(Fixed(nan), true, false, 0), "nan");
-    EXPECT_STREQ(ZolFormat::FixedReal(Fixed(nan), true, true, 0), "");  // the service refuses it
-}
-
-TEST_F(Locale, IntegerAndLongIntPlainForms) {
-    const struct {
-        int32_t v;
-        bool showZero;
-        const char* text;
-    } ints[] = {
-        {0, false, ""}, {0, true, "0"}, {-1234567, false, "-1234567"}, {INT32_MIN, false, "-2147483648"},
-    };
-    for (const auto& r : ints) {
-        EXPECT_STREQ(ZolFormat::Integer(Zol::ZolInteger(r.v), r.showZero, false, 0), r.text);
-        EXPECT_STREQ(ZolFormat::Integer(Zol::ZolInteger(r.v), r.showZero, true, 0), r.text);
-    }
-
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const struct {
-        double v;
-        bool showZero;
-        const char* text;
-    } longs[] = {
-        {-1.9, false, "-1"},
-        {1.9, false, "1"},
-        {0.5, false, "0"},   // not under 1e-8, so it shows, truncated
-        {1e-9, false, ""},
-        {1e-9, true, "0"},
-        {nan, false, ""},
-        {nan, true, "0"},
-        {9007199254740992.0, false, "9007199254740992"},
-        {1e19, false, "9223372036854775807"},
-        {-1e19, false, "-9223372036854775808"},
-    };
-    for (const auto& r : longs) {
-        EXPECT_STREQ(ZolFormat::LongInt(Long(r.v), r.showZero, false, 0), r.text) << r.v;
-        EXPECT_STREQ(ZolFormat::LongInt(Long(r.v), r.showZero, true, 0), r.text) << r.v;
-    }
-}
-
-TEST_F(Locale, EveryResultIsTheOneSharedBuffer) {
-    const char* first = ZolFormat::Integer(Zol::ZolInteger(42), false, false, 0);
-    EXPECT_STREQ(first, "42");
-    const char* second = ZolFormat::LongInt(Long(7), false, true, 0);
-    EXPECT_EQ(first, second);
-    EXPECT_STREQ(first, "7");
-    EXPECT_EQ(ZolFormat::Date(Zol::ZolDate(20180215)), first);
-    EXPECT_EQ(ZolFormat::DateTime(At(20180215, 74047)), first);
-    EXPECT_EQ(first, ZolFormat::result);
-    // A value shown as nothing empties what was there.
-    EXPECT_STREQ(ZolFormat::Integer(Zol::ZolInteger(0), false, false, 0), "");
-}
-
-TEST_F(Locale, SettingsOfTheCLocale) {
-    EXPECT_EQ(ZolFormat::numberFormat.lpDecimalSep, ZolFormat::decimalSep);
-    EXPECT_EQ(ZolFormat::numberFormat.lpThousandSep, ZolFormat::thousandSep);
-    EXPECT_STREQ(ZolFormat::decimalSep, ".");
-    EXPECT_STREQ(ZolFormat::thousandSep, "");
-    EXPECT_EQ(ZolFormat::numberFormat.Grouping, 0u);
-    EXPECT_EQ(ZolFormat::numberFormat.NumDigits, 0u);
-    EXPECT_EQ(ZolFormat::numberFormat.LeadingZero, 1u);
-    EXPECT_EQ(ZolFormat::numberFormat.NegativeOrder, 1u);
-
-    const struct {
-        unsigned item;
-        const char* text;
-    } items[] = {{14, "."}, {15, ""}, {16, "0"}, {17, "0"}, {18, "1"}, {4112, "1"}, {19, nullptr}};
-    for (const auto& r : items) {
-        char out[10] = "x";
-        int n = Platform::LocaleInfo(r.item, out, sizeof out);
-        EXPECT_STREQ(out, r.text ? r.text : "") << r.item;
-        EXPECT_EQ(n, r.text ? int(std::strlen(r.text)) + 1 : 0) << r.item;
-    }
-    char tiny[1] = {'x'};
-    EXPECT_EQ(Platform::LocaleInfo(14, tiny, 1), 0);  // "." and its NUL need 2
-    EXPECT_EQ(tiny[0], '\0');
-}
-
-TEST_F(Locale, DatesAndTimesInTheCLocale) {
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(20180215)), "02/15/18");
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(20000229)), "02/29/00");
-    // Time first, one blank, then the date.
-    EXPECT_STREQ(ZolFormat::DateTime(At(20180215, 74047)), "07:40:47 02/15/18");
-    Zol::ZolDateTimeMS ms;
-    ms.date = 20180215;
-    ms.time = 235959;
-    ms.millisec = 999;
-    EXPECT_STREQ(ZolFormat::DateTime(ms), "23:59:59 02/15/18");
-    // A day or a time that does not exist shows as nothing.
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(20180230)), "");
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(20181315)), "");
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(19000229)), "");
-    EXPECT_STREQ(ZolFormat::DateTime(At(20180230, 74047)), "07:40:47 ");
-    EXPECT_STREQ(ZolFormat::DateTime(At(20180215, 246000)), " 02/15/18");
-}
-
-TEST(ZolConvert, PackedNumbersAndTheTimeRecord) {
-    SYSTEMTIME t = ZolConvert::Date(Zol::ZolDate(20180215));
-    EXPECT_EQ(t.wYear, 2018);
-    EXPECT_EQ(t.wMonth, 2);
-    EXPECT_EQ(t.wDay, 15);
-    EXPECT_EQ(t.wHour + t.wMinute + t.wSecond + t.wMilliseconds, 0);
-    EXPECT_EQ(ZolConvert::Date(t).value, 20180215);
-
-    t = ZolConvert::DateTime(At(20180215, 74047));
-    EXPECT_EQ(t.wHour, 7);
-    EXPECT_EQ(t.wMinute, 40);
-    EXPECT_EQ(t.wSecond, 47);
-    EXPECT_EQ(t.wMilliseconds, 0);
-    t.wMilliseconds = 321;
-    Zol::ZolDateTime dt = ZolConvert::DateTime(t);
-    EXPECT_EQ(dt.date.value, 20180215);
-    EXPECT_EQ(dt.time.value, 74047);
-    Zol::ZolDateTimeMS dms = ZolConvert::DateTimeMS(t);
-    EXPECT_EQ(dms.time.value, 74047);
-    EXPECT_EQ(dms.millisec.value, 321);
-    dms.millisec = 1234;
-    EXPECT_EQ(ZolConvert::DateTime(dms).wMilliseconds, 234);
-
-    // Nothing is validated; the year is taken modulo 10000.
-    t = ZolConvert::Date(Zol::ZolDate(20181399));
-    EXPECT_EQ(t.wMonth, 13);
-    EXPECT_EQ(t.wDay, 99);
-    EXPECT_EQ(ZolConvert::Date(Zol::ZolDate(123456789)).wYear, 2345);
-    t = ZolConvert::DateTime(At(0, 995960));
-    EXPECT_EQ(t.wHour, 99);
-    EXPECT_EQ(t.wMinute, 59);
-    EXPECT_EQ(t.wSecond, 60);
-
-    EXPECT_EQ(ZolConvert::Int64(Long(-1.9)), -1);
-    EXPECT_EQ(ZolConvert::Int64(Long(4503599627370497.0)), 4503599627370497LL);
-    EXPECT_EQ(ZolConvert::Int64(Long(9223372036854775808.0)), INT64_MAX);
-    EXPECT_EQ(ZolConvert::Int64(Long(-9223372036854775808.0)), INT64_MIN);
-    EXPECT_EQ(ZolConvert::Int64(Long(-INFINITY)), INT64_MIN);
-    EXPECT_EQ(ZolConvert::Int64(Long(std::nan(""))), 0);
-}
-
-TEST(NumberService, RewritesPlainText) {
-    char dot[] = ".", comma[] = ",", none[] = "", nnbsp[] = "\xE2\x80\xAF";
-    const NUMBERFMTA de = {2, 1, 3, comma, dot, 1};
-    const NUMBERFMTA en = {2, 1, 3, dot, comma, 1};
-    auto with = [](NUMBERFMTA f, unsigned digits, unsigned grouping, unsigned lz, unsigned neg) {
-        f.NumDigits = digits;
-        f.Grouping = grouping;
-        f.LeadingZero = lz;
-        f.NegativeOrder = neg;
-        return f;
-    };
-    const struct {
-        const char* plain;
-        NUMBERFMTA fmt;
-        const char* text;
-    } rows[] = {
-        {"-1234.5", de, "-1.234,50"},
-        {"1234567.891", de, "1.234.567,89"},
-        {"123", de, "123,00"},
-        {"1234", with(en, 0, 3, 1, 1), "1,234"},
-        {"0.125", en, "0.13"},                         // half away from zero
-        {"-0.125", en, "-0.13"},
-        {"9.995", en, "10.00"},
-        {"999.9", with(en, 0, 3, 1, 1), "1,000"},      // the carry makes a new group
-        {"0.004", en, "0.00"},
-        {".5", en, "0.50"},
-        {"5.", en, "5.00"},
-        {"0.5", with(en, 2, 3, 0, 1), ".50"},
-        {"0", with(en, 0, 3, 0, 1), "0"},              // no places: the zero stays
-        {"007", with(en, 0, 3, 1, 1), "7"},
-        {"123456789", with(en, 0, 32, 1, 1), "12,34,56,789"},
-        {"123456789", with(en, 0, 30, 1, 1), "123456,789"},
-        {"123456789", with(en, 0, 0, 1, 1), "123456789"},
-        {"123456789", with(en, 0, 1, 1, 1), "1,2,3,4,5,6,7,8,9"},
-        {"-1.5", with(en, 1, 3, 1, 0), "(1.5)"},
-        {"-1.5", with(en, 1, 3, 1, 2), "- 1.5"},
-        {"-1.5", with(en, 1, 3, 1, 3), "1.5-"},
-        {"-1.5", with(en, 1, 3, 1, 4), "1.5 -"},
-        {"-0.5", with(en, 1, 3, 0, 0), "(.5)"},
-        {"1234567", NUMBERFMTA{0, 1, 3, comma, nnbsp, 1}, "1\xE2\x80\xAF" "234\xE2\x80\xAF" "567"},
-        {"1234567.5", NUMBERFMTA{1, 1, 3, dot, none, 1}, "1234567.5"},
-        {"1e5", en, nullptr},
-        {"", en, nullptr},
-        {"-", en, nullptr},
-        {".", en, nullptr},
-        {"1.2.3", en, nullptr},
-        {" 1", en, nullptr},
-        {"nan", en, nullptr},
-        {"1", with(en, 0, 3, 1, 5), nullptr},
-    };
-    for (const auto& r : rows)
-        EXPECT_EQ(Rewrite(r.plain, r.fmt), r.text ? r.text : "<failed>") << r.plain;
-
-    // The text and its NUL must fit.
-    EXPECT_EQ(Rewrite("1234", with(en, 0, 0, 1, 1), 4), "<failed>");
-    EXPECT_EQ(Rewrite("1234", with(en, 0, 0, 1, 1), 5), "1234");
-}
-
-// Settings put into the record directly, as another locale would give
-// them: the test does not depend on the locales of the machine.
-TEST_F(Locale, NumbersThroughOtherSettings) {
-    std::strcpy(ZolFormat::decimalSep, ",");
-    std::strcpy(ZolFormat::thousandSep, ".");
-    ZolFormat::numberFormat.Grouping = 3;
-    ZolFormat::numberFormat.NumDigits = 7;
-    ZolFormat::numberFormat.NegativeOrder = 3;
-    const int two = 2;
-    EXPECT_STREQ(ZolFormat::FixedReal(Fixed(-1234567.891, &two), false, true, 0), "1.234.567,89-");
-    EXPECT_STREQ(ZolFormat::FixedReal(Fixed(-1234567.891, &two), false, false, 0), "-1234567.89");
-    EXPECT_STREQ(ZolFormat::FixedReal(Fixed(0.5), false, true, 0), "0,500000000");
-    EXPECT_STREQ(ZolFormat::Integer(Zol::ZolInteger(1234567), false, true, 0), "1.234.567");
-    EXPECT_STREQ(ZolFormat::LongInt(Long(-1234567.9), false, true, 0), "1.234.567-");
-    // The count of places is the call's own and the saved one comes back.
-    EXPECT_EQ(ZolFormat::numberFormat.NumDigits, 7u);
-}
-
-// The same through a real locale, where the machine has one.
-TEST_F(Locale, GermanLocaleFromTheEnvironment) {
-    Use("de_DE.UTF-8");
-    if (std::strcmp(ZolFormat::decimalSep, ",") != 0)
-        GTEST_SKIP() << "de_DE.UTF-8 is not installed (locale-gen de_DE.UTF-8)";
-    EXPECT_STREQ(ZolFormat::thousandSep, ".");
-    EXPECT_EQ(ZolFormat::numberFormat.Grouping, 3u);
-    EXPECT_EQ(ZolFormat::numberFormat.NumDigits, 2u);
-    char text[10];
-    Platform::LocaleInfo(16, text, sizeof text);
-    EXPECT_STREQ(text, "3;3;0");
-    const int two = 2;
-    EXPECT_STREQ(ZolFormat::FixedReal(Fixed(-1234567.891, &two), false, true, 0), "-1.234.567,89");
-    EXPECT_STREQ(ZolFormat::FixedReal(Fixed(-1234567.891, &two), false, false, 0), "-1234567.89");
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(20180215)), "15.02.2018");
-    EXPECT_STREQ(ZolFormat::DateTime(At(20180215, 74047)), "07:40:47 15.02.2018");
-
-    // Per category: the numbers may come from one locale, the dates from another.
-    unsetenv("LC_ALL");
-    setenv("LC_NUMERIC", "C", 1);
-    setenv("LANG", "de_DE.UTF-8", 1);
-    ZolFormat::GetNumberLocaleInfo();
-    EXPECT_STREQ(ZolFormat::decimalSep, ".");
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(20180215)), "15.02.2018");
-    // A locale the machine lacks counts as "C".
-    Use("xx_XX.UTF-8");
-    EXPECT_STREQ(ZolFormat::decimalSep, ".");
-    EXPECT_STREQ(ZolFormat::Date(Zol::ZolDate(20180215)), "02/15/18");
 }
 
 }  // namespace

@@ -1,73 +1,49 @@
 #!/bin/sh
-# Installs the build tree and runs the README's section "Installing and
-# using it from another project" as a user would: its files are written
-# (a fenced block whose first line is a comment naming the file), its sh
-# blocks run with DIR replaced (the `cmake --install build` block in a
-# folder where build is this build tree, the others in the user's folder),
-# and each `$ command` of its text blocks must print exactly the lines
-# under it. Then every installed header must compile cleanly under
-# -Wshadow, and the installed zoldump must run.
+# Runs the README's section "Installing and using it from another project"
+# as a user would: its files are written (a fenced block whose first line
+# is a comment naming the file), its sh blocks run with DIR replaced (the
+# `cmake --install build` block where build is this build tree, the others
+# in the user's folder), and each `$ command` of its text blocks must print
+# exactly the lines under it. Then the installed headers must compile
+# under -Wshadow, and the installed zoldump must run.
 #   check.sh SOURCE_DIR BUILD_DIR CXX [FLAGS]
-# CXX, with FLAGS (the sanitizers of a sanitized build), stands in for the
-# README's `c++` and for CMake's compiler.
+# CXX with FLAGS (a sanitized build's) stands in for `c++` and CMake's compiler.
 set -eu
 src=$1 build=$2 cxx=$(command -v "$3") flags=${4-}
-
 work=$build/package-test
+prefix=$work/DIR
 rm -rf "$work"
 mkdir -p "$work/zol" "$work/app" "$work/blocks" "$work/bin"
-prefix=$work/DIR
 ln -s "$build" "$work/zol/build"
-
-cat >"$work/bin/c++" <<EOF
-#!/bin/sh
-exec "$cxx" $flags "\$@"
-EOF
+printf '#!/bin/sh\nexec "%s" %s "$@"\n' "$cxx" "$flags" >"$work/bin/c++"
 chmod +x "$work/bin/c++"
 PATH=$work/bin:$PATH CXX=$work/bin/c++
 export PATH CXX
-
 fail() {
   echo "package: $*" >&2
   exit 1
 }
 
-# The section's fenced blocks, one file each, numbered in order and named
-# by their language: blocks/01.sh, blocks/02.cpp ...
+# The section's fenced blocks, numbered and named by language: blocks/01.sh ...
 awk -v out="$work/blocks" '
   /^## / { inside = ($0 == "## Installing and using it from another project") }
-  !inside { next }
-  /^```/ {
-    if (file) { close(file); file = "" }
-    else { n++; file = sprintf("%s/%02d.%s", out, n, substr($0, 4)) ; printf "" > file }
+  inside && /^```/ {
+    if (file) { close(file); file = "" } else { file = sprintf("%s/%02d.%s", out, ++n, substr($0, 4)); printf "" > file }
     next
   }
-  file { print > file }
+  inside && file { print > file }
 ' "$src/README.md"
-[ -n "$(ls "$work/blocks")" ] || fail "no blocks found in the README's section"
 
-# Runs each `$ command` of a transcript in the user's folder and compares
-# what it prints with the lines under it.
-transcript() {
-  cmd= expected=$work/expected actual=$work/actual
-  while IFS= read -r line || [ -n "$line" ]; do
-    case "$line" in
-      '$ '*)
-        [ -z "$cmd" ] || compare "$cmd"
-        cmd=${line#\$ }
-        : >"$expected" ;;
-      *) printf '%s\n' "$line" >>"$expected" ;;
-    esac
-  done <"$1"
-  [ -z "$cmd" ] || compare "$cmd"
-}
+# Runs a `$ command` in the user's folder; what it prints must be the lines
+# gathered under it.
 compare() {
+  [ -n "$cmd" ] || return 0
   compared=$((compared + 1))
-  (cd "$work/app" && sh -c "$1") <"/dev/null" >"$actual" 2>&1 || fail "$1 failed: $(cat "$actual")"
-  cmp -s "$expected" "$actual" || fail "$1 printed
-$(cat "$actual")
-where the README shows
-$(cat "$expected")"
+  (cd "$work/app" && sh -c "$cmd") </dev/null >"$work/actual" 2>&1 || fail "$cmd failed: $(cat "$work/actual")"
+  cmp -s "$work/expected" "$work/actual" || fail "$cmd printed:
+$(cat "$work/actual")
+where the README shows:
+$(cat "$work/expected")"
 }
 
 ran=0 compared=0
@@ -79,15 +55,18 @@ for block in "$work"/blocks/*; do
     *.sh)
       sed 's,\<DIR\>,'"$prefix"',g' "$block" >"$work/commands"
       where=$work/app
-      if grep -q '^cmake --install build ' "$work/commands"; then
-        where=$work/zol
-      fi
-      (cd "$where" && sh -e "$work/commands") >"$work/log" 2>&1 ||
-        fail "$(cat "$block") failed:
-$(cat "$work/log")"
+      ! grep -q '^cmake --install build ' "$work/commands" || where=$work/zol
+      (cd "$where" && sh -e "$work/commands") >"$work/log" 2>&1 || fail "$(cat "$block") failed: $(cat "$work/log")"
       ran=$((ran + 1)) ;;
     *.text)
-      transcript "$block" ;;
+      cmd=
+      while IFS= read -r line || [ -n "$line" ]; do
+        case "$line" in
+          '$ '*) compare && cmd=${line#\$ } && : >"$work/expected" ;;
+          *) printf '%s\n' "$line" >>"$work/expected" ;;
+        esac
+      done <"$block"
+      compare ;;
   esac
 done
 [ "$ran" -ge 3 ] && [ "$compared" -ge 4 ] ||
@@ -95,11 +74,10 @@ done
 
 # Every installed header, generated ones included, in one translation unit.
 (cd "$prefix/include" && find zol -name '*.h' | sort | sed 's,.*,#include <&>,') >"$work/headers.cpp"
-PKG_CONFIG_PATH=$prefix/lib/pkgconfig
-export PKG_CONFIG_PATH
+export PKG_CONFIG_PATH="$prefix/lib/pkgconfig"
 c++ -std=c++17 -fsyntax-only -Wall -Wextra -Wshadow -Werror $(pkg-config --cflags zol-json) \
-  "$work/headers.cpp" >"$work/log" 2>&1 || fail "the installed headers warn:
-$(cat "$work/log")"
+  "$work/headers.cpp" >"$work/log" 2>&1 ||
+  fail "the installed headers warn: $(cat "$work/log")"
 
 # The tool, through its own run path.
 "$prefix/bin/zoldump" --hex --json <"$src/tests/package/reply.hex" >"$work/log" 2>&1 &&

@@ -10,46 +10,32 @@ set -eu
 src=$1 work=$2
 rm -rf "$work"
 mkdir -p "$work/bin"
-
 fail() {
   echo "setup: $*" >&2
   exit 1
 }
-
-for tool in apt-get sudo localedef; do
-  cat >"$work/bin/$tool" <<STUB
-#!/bin/sh
-echo "$tool \$*" >>"$work/calls"
-[ $tool != sudo ] || exec "\$@"
-STUB
-  chmod +x "$work/bin/$tool"
-done
+stub() {
+  printf '#!/bin/sh\n%s\n' "$2" >"$work/bin/$1"
+  chmod +x "$work/bin/$1"
+}
+for tool in apt-get localedef; do stub $tool "echo \"$tool \$*\" >>'$work/calls'"; done
+stub sudo "echo \"sudo \$*\" >>'$work/calls'; exec \"\$@\""
 PATH=$work/bin:$PATH
 export PATH
-
 "$src/tools/setup" >"$work/out" 2>&1 || fail "failed: $(cat "$work/out")"
-[ ! -s "$work/out" ] || fail "printed, with nothing missing: $(cat "$work/out")"
-[ ! -e "$work/calls" ] || fail "called, with nothing missing: $(cat "$work/calls")"
+[ ! -s "$work/out" ] && [ ! -e "$work/calls" ] || fail "with nothing missing: $(cat "$work/out" "$work/calls")"
 
-real=$(command -v dpkg-query)
-cat >"$work/bin/dpkg-query" <<STUB
-#!/bin/sh
-"$real" "\$@" | grep -v ' pkg-config\$'
-STUB
-chmod +x "$work/bin/dpkg-query"
+stub dpkg-query "'$(command -v dpkg-query)' \"\$@\" | grep -v ' pkg-config\$'"
 "$src/tools/setup" >"$work/out" 2>&1 || fail "failed: $(cat "$work/out")"
 [ "$(cat "$work/out")" = "tools/setup: installing pkg-config" ] || fail "printed: $(cat "$work/out")"
-if [ "$(id -u)" = 0 ]; then
-  expected="apt-get update -qq
-apt-get install -y -qq pkg-config"
-else
-  expected="sudo apt-get update -qq
+install="apt-get install -y -qq pkg-config"
+expected="apt-get update -qq
+$install"
+[ "$(id -u)" = 0 ] || expected="sudo apt-get update -qq
 apt-get update -qq
-sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq pkg-config
-apt-get install -y -qq pkg-config"
-fi
-[ "$(cat "$work/calls")" = "$expected" ] || fail "called:
-$(cat "$work/calls")"
+sudo env DEBIAN_FRONTEND=noninteractive $install
+$install"
+[ "$(cat "$work/calls")" = "$expected" ] || fail "called: $(cat "$work/calls")"
 
 test_command='tools/setup && cmake -S . -B build && cmake --build build -j2 && ctest --test-dir build --output-on-failure -j2'
 grep -qxF "$test_command" "$src/README.md" || fail "the README's test command is not: $test_command"

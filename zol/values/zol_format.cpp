@@ -43,8 +43,11 @@ void ZolFormat::GetNumberLocaleInfo() {
     numberFormat.NumDigits = unsigned(std::atoi(text));
     Platform::LocaleInfo(Platform::LocaleLeadingZero, text, int(SeparatorSize));
     numberFormat.LeadingZero = unsigned(std::atoi(text));
-    Platform::LocaleInfo(Platform::LocaleGrouping, text, int(SeparatorSize));
-    numberFormat.Grouping = unsigned(text[0] - '0');
+    // The first group size is all that is used, but the whole text must fit
+    // (up to 15 sizes: 29 characters), or the service gives nothing.
+    char grouping[32];
+    Platform::LocaleInfo(Platform::LocaleGrouping, grouping, int(sizeof grouping));
+    numberFormat.Grouping = unsigned(std::atoi(grouping));
     Platform::LocaleInfo(Platform::LocaleDecimalSep, decimalSep, int(SeparatorSize));
     Platform::LocaleInfo(Platform::LocaleThousandSep, thousandSep, int(SeparatorSize));
     Platform::LocaleInfo(Platform::LocaleNegativeOrder, text, int(SeparatorSize));
