@@ -52,4 +52,16 @@ bool RegisterRowOp(const char* op, RowOp fn);
 // of the test patterns, or a universal class ("AsnInt", "PrintableString").
 std::unique_ptr<AsnType> Make(const std::string& name);
 
+// Expects `actual` to be `expected`, the text of check `c`. A check whose
+// text is "?" is a place to fill: the actual text is written to standard
+// output for the one who writes the row (see fill.py), and nothing fails.
+void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected);
+
+// The checks on a value (hex, print, json, set, unset, with, assign, clone)
+// in their order, for operations that make values of their own; `skip`
+// names the keys the operation has handled itself. `type` names the
+// value's type for merging and assigning.
+void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType>& v,
+                const std::vector<std::string>& skip = {});
+
 }  // namespace zt

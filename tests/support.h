@@ -55,6 +55,26 @@ inline std::string Encoded(const AsnType& v) {
     return p ? Hex(p, len) : "<overflow>";
 }
 
+// Encodes through `encode(block, size, length)`, shaped as the front
+// door's Encode, into blocks of every size from none to a few octets
+// beyond `want`: each time the length is that of the whole encoding, null
+// comes back exactly when it does not fit, and otherwise the encoding is
+// `want` at the top of the block. The encoders' fast paths, which test the
+// room once, and their byte-by-byte ones near the floor must agree.
+template <class F>
+void ExpectEveryBlock(const std::string& want, F encode) {
+    std::string block(want.size() + 8, '?');
+    for (size_t size = 0; size <= block.size(); ++size) {
+        size_t len = 0;
+        const char* p = encode(&block[0], size, len);
+        EXPECT_EQ(len, want.size()) << "block of " << size;
+        EXPECT_EQ(p == nullptr, size < want.size()) << "block of " << size;
+        if (p) {
+            EXPECT_EQ(Hex(p, size_t(&block[0] + size - p)), Hex(want)) << "block of " << size;
+        }
+    }
+}
+
 // What a decode through the front door returned and wrote to standard error.
 struct Outcome {
     int result;
