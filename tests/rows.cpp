@@ -240,8 +240,8 @@ void ExpectEncoding(const AsnType& v, const std::string& bytes) {
     });
 }
 
-// "[24 80]*3 04 01 41 [00 00]*3": each block in brackets repeated as
-// many times as the number after it says.
+}  // namespace
+
 std::string Expanded(const std::string& hex) {
     std::string out;
     size_t at = 0;
@@ -256,7 +256,6 @@ std::string Expanded(const std::string& hex) {
     return out + hex.substr(at);
 }
 
-// The lines of the `err` checks.
 std::string Errors(const Row& row) {
     std::string err;
     for (const Row::Check& c : row.checks)
@@ -265,7 +264,11 @@ std::string Errors(const Row& row) {
     return err;
 }
 
-}  // namespace
+void Expect(const Row& row, const char* key, const std::string& actual) {
+    for (const Row::Check& c : row.checks)
+        if (c.key == key)
+            return Expect(row, c, actual, c.text);
+}
 
 void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected) {
     if (c.text == "?") {

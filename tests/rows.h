@@ -56,6 +56,15 @@ std::unique_ptr<AsnType> Make(const std::string& name);
 // text is "?" is a place to fill: the actual text is written to standard
 // output for the one who writes the row (see fill.py), and nothing fails.
 void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected);
+// The same against the text of the check named `key`, if the row has one.
+void Expect(const Row& row, const char* key, const std::string& actual);
+
+// "[24 80]*3 04 01 41 [00 00]*3": each block of hex in brackets repeated
+// as many times as the number after it says.
+std::string Expanded(const std::string& hex);
+
+// The lines of the row's `err` checks, each with its line end.
+std::string Errors(const Row& row);
 
 // The checks on a value (hex, print, json, set, unset, with, assign, clone)
 // in their order, for operations that make values of their own; `skip`

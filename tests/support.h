@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdio>
 #include <string>
 
@@ -11,27 +12,14 @@
 
 namespace zt {
 
-// "30 0A 04 02" -> the bytes; blanks are ignored.
+// "30 0A 04 02" -> the bytes; all but hex digits is ignored.
 inline std::string Bytes(const char* hex) {
-    std::string out;
-    int hi = -1;
-    for (const char* p = hex; *p; ++p) {
-        int v;
-        if (*p >= '0' && *p <= '9')
-            v = *p - '0';
-        else if (*p >= 'a' && *p <= 'f')
-            v = *p - 'a' + 10;
-        else if (*p >= 'A' && *p <= 'F')
-            v = *p - 'A' + 10;
-        else
-            continue;
-        if (hi < 0) {
-            hi = v;
-        } else {
-            out.push_back(static_cast<char>(hi << 4 | v));
-            hi = -1;
-        }
-    }
+    std::string digits, out;
+    for (const char* p = hex; *p; ++p)
+        if (std::isxdigit(static_cast<unsigned char>(*p)))
+            digits += *p;
+    for (size_t i = 0; i + 1 < digits.size(); i += 2)
+        out += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
     return out;
 }
 

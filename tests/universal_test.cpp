@@ -5,6 +5,7 @@
 #include <functional>
 #include <typeinfo>
 
+#include "alloc_count.h"
 #include "rows.h"
 #include "support.h"
 #include "walk.h"
@@ -32,9 +33,7 @@ ZT_ROW_OP(oid) {
     const AsnOid& oid = static_cast<const AsnOid&>(*v);
     EXPECT_EQ(oid.Len(), oid.oidLen);
     EXPECT_EQ(oid.Str(), oid.oid);
-    if (const std::string* arcs = row.Get("arcs")) {
-        EXPECT_EQ(oid.NumArcs(), std::stoul(*arcs));
-    }
+    Expect(row, "arcs", std::to_string(oid.NumArcs()));
     CheckValue(row, "AsnOid", v, {"arcs"});
 }
 
@@ -112,6 +111,8 @@ TEST(Universal, SetAndReSetInSequence) {
     EXPECT_EQ(fromNone.oid, nullptr);
     fromNone.ReSet(nullptr, 0);
     EXPECT_EQ(Printed(fromNone), "{-- void --}");
+    AsnOid noArcs("", 0);  // holds a block of one octet
+    EXPECT_EQ(zalloc::CountAllocs([&] { AsnOid copy(noArcs); }).bytes, 1u);
 }
 
 // The shared stack grows by its step, then by its whole size, and hands
@@ -132,6 +133,10 @@ TEST(Universal, StringStackGrowsByItsStepThenDoubles) {
     EXPECT_STREQ(out, text);
     s.Reset();
     EXPECT_EQ(s.nextFree + s.totalByteLen, 0u);
+    // The shared one starts at 128 entries, a multiple of its step of 64.
+    EXPECT_EQ(Decode(Bytes(Expanded("24 80 [04 01 41]*200 00 00").c_str()), *Make("AsnOcts")).result, 1);
+    EXPECT_EQ(stringStack.size % 64, 0u);
+    EXPECT_GE(stringStack.size, 200u);
 }
 
 // The registry of ANY: keys hashed into tables of 256 slots, where
@@ -226,6 +231,7 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
         AsnAny a;
         r.choose(a);
         EXPECT_EQ(a.GetId(), r.id);
+        EXPECT_EQ(a.info->intKey.value, r.id == 21 ? 0 : 1000 + r.id % 10);
         std::string err;
         ASSERT_EQ(DecodeAny(a, r.hex, &err), 0) << err;
         std::unique_ptr<AsnType> held(a.value);
@@ -258,8 +264,8 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
 }
 
 // The encoding choice of EXTERNAL on its own: without a value it writes
-// and prints nothing of one.
-TEST(EXTERNAL, AnEmptyChoice) {
+// and prints nothing of one; with one, a clone holds a copy of it.
+TEST(EXTERNAL, TheChoiceOnItsOwn) {
     EXTERNALChoice c;
     EXPECT_EQ(Printed(c), "single-ASN1-type -- void3 --\n");
     c.choiceId = EXTERNALChoice::arbitraryCid;
@@ -272,23 +278,35 @@ TEST(EXTERNAL, AnEmptyChoice) {
     EXPECT_EQ(Jump(Bytes("83 00"), [&](AsnBuf& b, DecodeEnv env) { c.BDec(b, count, env); }, &err), 36);
     EXPECT_EQ(err, "ERROR - unexpected tag in CHOICE\n");
     EXPECT_EQ(c.value, nullptr);
+    EXPECT_EQ(Jump(Bytes("82 02 04 F0"), [&](AsnBuf& b, DecodeEnv env) { c.BDec(b, count, env); }), 0);
+    std::unique_ptr<AsnType> clone(c.Clone());
+    c.bits()->ClrBit(0);
+    EXPECT_EQ(Encoded(*clone), "82 02 04 F0");
+    EXPECT_EQ(Printed(*clone), "arbitrary 'f0'H  -- BIT STRING bitlen = 4 --");
 }
 
 TEST(Descriptors, UniversalClasses) {
+    // A new value of each class, its kind and what it encodes to.
     const struct {
         AsnType* v;
         const char* name;
         bool hasNames;
+        const char* hex;
     } rows[] = {
-        {new AsnType, "(void)", false},           {new AsnInt, "INTEGER", true},
-        {new AsnReal, "REAL", false},             {new AsnNull, "NULL", false},
-        {new AsnBool, "BOOLEAN", false},          {new AsnEnum, "ENUMERATED", true},
-        {new AsnBits, "BIT STRING", true},        {new AsnOcts, "OCTET STRING", false},
-        {new NumericString, "OCTET STRING", false}, {new AsnOid, "OBJECT IDENTIFIER", false},
-        {new EXTERNAL, "(void)", false},
+        {new AsnInt, "INTEGER", true, "02 01 00"},
+        {new AsnReal, "REAL", false, "09 00"},
+        {new AsnNull, "NULL", false, "05 00"},
+        {new AsnBool, "BOOLEAN", false, "01 01 00"},
+        {new AsnEnum, "ENUMERATED", true, "0A 01 00"},
+        {new AsnBits, "BIT STRING", true, "03 01 00"},
+        {new AsnOcts, "OCTET STRING", false, "04 00"},
+        {new NumericString, "OCTET STRING", false, "12 00"},
+        {new AsnOid, "OBJECT IDENTIFIER", false, "06 00"},
+        {new EXTERNALChoice, "(void)", false, ""},
     };
     for (const auto& r : rows) {
         std::unique_ptr<AsnType> v(r.v);
+        EXPECT_EQ(Encoded(*v), r.hex);
         const AsnTypeDesc* d = v->_getdesc();
         EXPECT_EQ(AsnTypeName(d), std::string(r.name));
         EXPECT_EQ(AsnTypeDesc::typenames[d->gettype()], std::string(r.name));
@@ -301,6 +319,8 @@ TEST(Descriptors, UniversalClasses) {
             EXPECT_EQ(typeid(*clone), typeid(*v));
         }
     }
+    AsnBuf b;  // NULL's content, which no encoder of the library writes alone
+    EXPECT_EQ(AsnNull().BEncContent(b), 0u);
     EXPECT_NE(dynamic_cast<const AsnEnumTypeDesc*>(AsnEnum()._getdesc()), nullptr);
     EXPECT_EQ(dynamic_cast<const AsnEnumTypeDesc*>(AsnInt()._getdesc()), nullptr);
 }
