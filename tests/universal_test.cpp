@@ -109,8 +109,9 @@ TEST(Universal, SetAndReSetInSequence) {
     EXPECT_EQ(Encoded(kept), "06 01 55");
     AsnOid none, fromNone(none);
     EXPECT_EQ(fromNone.oid, nullptr);
-    fromNone.ReSet(nullptr, 0);
-    EXPECT_EQ(Printed(fromNone), "{-- void --}");
+    kept.ReSet(nullptr, 0);  // empties it
+    EXPECT_TRUE(kept.oid == nullptr && kept.Len() == 0);
+    EXPECT_EQ(Printed(kept), "{-- void --}");
     AsnOid noArcs("", 0);  // holds a block of one octet
     EXPECT_EQ(zalloc::CountAllocs([&] { AsnOid copy(noArcs); }).bytes, 1u);
 }
@@ -315,9 +316,8 @@ TEST(Descriptors, UniversalClasses) {
             EXPECT_EQ(d->getnames(), nullptr);
         }
         std::unique_ptr<AsnType> clone(v->Clone());
-        if (clone) {
-            EXPECT_EQ(typeid(*clone), typeid(*v));
-        }
+        ASSERT_NE(clone, nullptr) << r.name;
+        EXPECT_EQ(typeid(*clone), typeid(*v));
     }
     AsnBuf b;  // NULL's content, which no encoder of the library writes alone
     EXPECT_EQ(AsnNull().BEncContent(b), 0u);
