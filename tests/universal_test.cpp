@@ -264,9 +264,18 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
     EXPECT_EQ(Printed(empty), "ERROR - Attempt to print an improperly formed ANY type (programming error).\n");
 }
 
-// The encoding choice of EXTERNAL on its own: without a value it writes
-// and prints nothing of one; with one, a clone holds a copy of it.
+// EXTERNAL without its encoding, which no decoding makes, and the choice
+// on its own: without a value it writes and prints nothing of one; with
+// one, a clone holds a copy of it.
 TEST(EXTERNAL, TheChoiceOnItsOwn) {
+    EXPECT_EQ(Printed(EXTERNAL()),
+              "{ -- SEQUENCE --\n"
+              "    direct-reference -- void --,\n"
+              "    indirect-reference -- void --,\n"
+              "    data-value-descriptor -- void --,\n"
+              "    encoding -- void --\n"
+              "\n"
+              "}");
     EXTERNALChoice c;
     EXPECT_EQ(Printed(c), "single-ASN1-type -- void3 --\n");
     c.choiceId = EXTERNALChoice::arbitraryCid;
