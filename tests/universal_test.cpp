@@ -232,7 +232,8 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
         AsnAny a;
         r.choose(a);
         EXPECT_EQ(a.GetId(), r.id);
-        EXPECT_EQ(a.info->intKey.value, r.id == 21 ? 0 : 1000 + r.id % 10);
+        EXPECT_EQ(a.info->intKey.value, r.id == 21 ? 0 : 1000 + r.id % 10);  // the keys kept
+        EXPECT_EQ(Encoded(a.info->oid), r.id == 21 ? "06 07 2A 86 48 86 F7 0D 01" : "06 00");
         std::string err;
         ASSERT_EQ(DecodeAny(a, r.hex, &err), 0) << err;
         std::unique_ptr<AsnType> held(a.value);
