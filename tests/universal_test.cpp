@@ -318,6 +318,7 @@ TEST(Descriptors, UniversalClasses) {
     for (const auto& r : rows) {
         std::unique_ptr<AsnType> v(r.v);
         EXPECT_EQ(Encoded(*v), r.hex);
+        EXPECT_EQ(AsnListDescOf(*v), nullptr);  // no list
         const AsnTypeDesc* d = v->_getdesc();
         EXPECT_EQ(AsnTypeName(d), std::string(r.name));
         EXPECT_EQ(AsnTypeDesc::typenames[d->gettype()], std::string(r.name));
