@@ -3,7 +3,8 @@
 // type live here too:
 //
 //   decode TYPE HEX [| HEX]   decodes the octets (those after '|' follow
-//                             the value) into a new value
+//                             the value) into a new value; [HEX]*N in
+//                             them stands for N copies of HEX
 //   value TYPE JSON           fills a new value from its JSON form
 //
 // and then, in their order, checks on the value:
@@ -12,9 +13,16 @@
 //   code N        the decode long-jumped with N: it failed, and the front
 //                 door wrote its own line
 //   result 0      the decode failed without a jump
-//   hex HEX       the value encodes to these octets; a decoded value with
-//                 no hex check must encode to its input
-//   print + |...  the value prints as these lines
+//   allocates N B the decode makes at most N allocations (values and
+//                 blocks), of at most B bytes in all (blocks)
+//   used N        a decode that succeeds counts N octets; without this
+//                 check, those of the value (before '|')
+//   hex HEX       the value encodes to these octets, into a block of any
+//                 size; a decoded value with no hex check must encode to
+//                 its input
+//   print [SETTING...] + |...
+//                 the value prints as these lines into a stream with
+//                 these settings (see SetUp), which it leaves as they were
 //   json TEXT     the value's JSON form
 //   set PATH...   members present (dotted paths through _getref)
 //   unset PATH... members absent
@@ -29,11 +37,14 @@
 #include <cstdio>
 #include <fstream>
 #include <functional>
+#include <iomanip>
+#include <locale>
 #include <map>
 #include <sstream>
 
 #include <zol/json.h>
 
+#include "alloc_count.h"
 #include "support.h"
 #include "tests/patterns.h"
 
@@ -197,13 +208,67 @@ AsnType* At(AsnType* v, const std::string& path) {
     return v;
 }
 
-std::string Printed(const AsnType& v) {
-    std::ostringstream os;
-    os << v;
-    return os.str();
+// A locale that groups digits in threes with '.', as de_DE does.
+struct GroupedThousands : std::numpunct<char> {
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+// The stream settings that a print check names: hex (with base and upper
+// case), oct, showpos, grouping, and width (6, filled with '*') adjusted
+// right unless left or internal is named.
+void SetUp(std::ostream& os, const std::string& settings) {
+    std::istringstream in(settings);
+    for (std::string s; in >> s;) {
+        if (s == "hex")
+            os << std::hex << std::showbase << std::uppercase;
+        else if (s == "grouping")
+            os.imbue(std::locale(os.getloc(), new GroupedThousands));
+        else if (s == "width")
+            os << std::setfill('*') << std::setw(6);
+        else
+            os.setf(s == "oct" ? std::ios_base::oct : s == "showpos" ? std::ios_base::showpos
+                    : s == "left" ? std::ios_base::left : std::ios_base::internal);
+    }
+}
+
+// The encoding through the front door, into blocks of every size.
+void ExpectEncoding(const AsnType& v, const std::string& bytes) {
+    EXPECT_EQ(Encoded(v), Hex(bytes));
+    ExpectEveryBlock(bytes, [&](char* block, size_t size, size_t& len) {
+        return Zol::AsnBuffer::Encode(block, size, v, len);
+    });
 }
 
 }  // namespace
+
+std::string Expanded(const std::string& hex) {
+    std::string out;
+    size_t at = 0;
+    for (size_t open; (open = hex.find('[', at)) != std::string::npos;) {
+        size_t close = hex.find("]*", open), digits = 0;
+        unsigned long n = std::stoul(hex.substr(close + 2), &digits);
+        out += hex.substr(at, open - at);
+        for (unsigned long i = 0; i < n; ++i)
+            out += hex.substr(open + 1, close - open - 1) + " ";
+        at = close + 2 + digits;
+    }
+    return out + hex.substr(at);
+}
+
+std::string Errors(const Row& row) {
+    std::string err;
+    for (const Row::Check& c : row.checks)
+        if (c.key == "err")
+            err += c.text + "\n";
+    return err;
+}
+
+void Expect(const Row& row, const char* key, const std::string& actual) {
+    for (const Row::Check& c : row.checks)
+        if (c.key == key)
+            return Expect(row, c, actual, c.text);
+}
 
 void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected) {
     if (c.text == "?" || expected == "?") {
@@ -213,20 +278,25 @@ void Expect(const Row& row, const Row::Check& c, const std::string& actual, cons
     EXPECT_EQ(actual, expected);
 }
 
-namespace {
-
-// The checks that any value takes, in their order; `skip` names the keys
-// the operation has handled itself.
 void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType>& v,
-                const std::vector<std::string>& skip = {}) {
+                const std::vector<std::string>& skip) {
     for (const Row::Check& c : row.checks) {
         SCOPED_TRACE("line " + std::to_string(c.line) + ": " + c.key);
         if (std::find(skip.begin(), skip.end(), c.key) != skip.end())
             continue;
         if (c.key == "hex") {
-            Expect(row, c, Encoded(*v), Hex(Bytes(c.text.c_str())));
+            if (c.text == "?")
+                Expect(row, c, Encoded(*v), "");
+            else
+                ExpectEncoding(*v, Bytes(Expanded(c.text).c_str()));
         } else if (c.key == "print") {
-            Expect(row, c, Printed(*v), Row::Joined(c));
+            std::ostringstream os;
+            SetUp(os, c.text);
+            const std::ios_base::fmtflags flags = os.flags();
+            os << *v;
+            Expect(row, c, os.str(), Row::Joined(c));
+            EXPECT_EQ(os.flags(), flags);
+            EXPECT_EQ(os.width(), 0);
             EXPECT_EQ(indentLevel, 0);
         } else if (c.key == "json") {
             Expect(row, c, Zol::ToJson(*v).dump(), c.text);
@@ -249,8 +319,6 @@ void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType
         }
     }
 }
-
-}  // namespace
 
 const std::string* Row::Get(const char* key) const {
     for (const Check& c : checks)
@@ -285,29 +353,41 @@ std::unique_ptr<AsnType> Make(const std::string& name) {
 ZT_ROW_OP(decode) {
     size_t blank = row.arg.find(' ');
     std::string type = row.arg.substr(0, blank);
-    std::string wire = row.arg.substr(blank + 1);
+    std::string wire = Expanded(row.arg.substr(blank + 1));
+    std::string bytes = Bytes(wire.c_str());
     std::unique_ptr<AsnType> v = Make(type);
-    Outcome o = Decode(Bytes(wire.c_str()), *v);
-    std::string err;
-    int result = 1;
-    for (const Row::Check& c : row.checks) {
-        if (c.key == "err")
-            err += c.text + "\n";
-        else if (c.key == "result")
-            result = std::stoi(c.text);
-    }
-    if (const std::string* code = row.Get("code")) {
-        result = 0;
+    std::string err = Errors(row);
+    if (const std::string* code = row.Get("code"))
         err += DoorLine(AsnTypeName(v->_getdesc()), std::stoi(*code));
+    testing::internal::CaptureStderr();
+    int result = 0;
+    zalloc::AllocDelta allocated =
+        zalloc::CountAllocs([&] { result = Zol::AsnBuffer::Decode(bytes.data(), bytes.size(), *v); });
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), err);
+    EXPECT_EQ(result, row.Get("code") || row.Get("result") ? 0 : 1);
+    if (const std::string* limit = row.Get("allocates")) {
+        std::istringstream in(*limit);
+        uint64_t count = 0, size = 0;
+        in >> count >> size;
+        EXPECT_LE(allocated.zol(), count);
+        EXPECT_LE(allocated.bytes, size);
     }
-    EXPECT_EQ(o.err, err);
-    EXPECT_EQ(o.result, result);
-    if (!o.result)
+    // The outermost frame agrees, and gives the count.
+    AsnBuf b;
+    b.InstallData(&bytes[0], bytes.size());
+    std::unique_ptr<AsnType> again = Make(type);
+    AsnLen used = 99;  // the frame starts its own count
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(again->BDecPdu(b, used), result);
+    testing::internal::GetCapturedStderr();
+    if (!result)
         return;
-    if (!row.Get("hex")) {
-        EXPECT_EQ(Encoded(*v), Hex(Bytes(wire.substr(0, wire.find('|')).c_str())));
-    }
-    CheckValue(row, type, v, {"err", "code", "result"});
+    const std::string value = Bytes(wire.substr(0, wire.find('|')).c_str());
+    const std::string* expected = row.Get("used");
+    EXPECT_EQ(used, expected ? std::stoul(*expected) : value.size());
+    if (!row.Get("hex"))
+        ExpectEncoding(*v, value);
+    CheckValue(row, type, v, {"err", "code", "result", "used", "allocates"});
 }
 
 ZT_ROW_OP(value) {

@@ -48,13 +48,30 @@ bool RegisterRowOp(const char* op, RowOp fn);
     static const bool rowOpRegistered_##name = zt::RegisterRowOp(#name, RowOp_##name); \
     static void RowOp_##name(const zt::Row& row)
 
-// Checks that `actual` is `expected`; a check whose text, or an expected
-// text, is "?" is a place to fill: the actual text is written to standard
-// output for the one who writes the row, and nothing fails.
-void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected);
-
 // A new value of the type named `name`: a type of the protocol's modules or
 // of the test patterns, or a universal class ("AsnInt", "PrintableString").
 std::unique_ptr<AsnType> Make(const std::string& name);
+
+// Expects `actual` to be `expected`, the text of check `c`. A check whose
+// text, or an expected text, is "?" is a place to fill: the actual text is
+// written to standard output for the one who writes the row, and nothing
+// fails.
+void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected);
+// The same against the text of the check named `key`, if the row has one.
+void Expect(const Row& row, const char* key, const std::string& actual);
+
+// "[24 80]*3 04 01 41 [00 00]*3": each block of hex in brackets repeated
+// as many times as the number after it says.
+std::string Expanded(const std::string& hex);
+
+// The lines of the row's `err` checks, each with its line end.
+std::string Errors(const Row& row);
+
+// The checks on a value (hex, print, json, set, unset, with, assign, clone)
+// in their order, for operations that make values of their own; `skip`
+// names the keys the operation has handled itself. `type` names the
+// value's type for merging and assigning.
+void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType>& v,
+                const std::vector<std::string>& skip = {});
 
 }  // namespace zt

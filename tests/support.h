@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdio>
 #include <string>
 
@@ -11,27 +12,14 @@
 
 namespace zt {
 
-// "30 0A 04 02" -> the bytes; blanks are ignored.
+// "30 0A 04 02" -> the bytes; all but hex digits is ignored.
 inline std::string Bytes(const char* hex) {
-    std::string out;
-    int hi = -1;
-    for (const char* p = hex; *p; ++p) {
-        int v;
-        if (*p >= '0' && *p <= '9')
-            v = *p - '0';
-        else if (*p >= 'a' && *p <= 'f')
-            v = *p - 'a' + 10;
-        else if (*p >= 'A' && *p <= 'F')
-            v = *p - 'A' + 10;
-        else
-            continue;
-        if (hi < 0) {
-            hi = v;
-        } else {
-            out.push_back(static_cast<char>(hi << 4 | v));
-            hi = -1;
-        }
-    }
+    std::string digits, out;
+    for (const char* p = hex; *p; ++p)
+        if (std::isxdigit(static_cast<unsigned char>(*p)))
+            digits += *p;
+    for (size_t i = 0; i + 1 < digits.size(); i += 2)
+        out += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
     return out;
 }
 
@@ -53,6 +41,26 @@ inline std::string Encoded(const AsnType& v) {
     size_t len = 0;
     char* p = Zol::AsnBuffer::Encode(block, sizeof block, v, len);
     return p ? Hex(p, len) : "<overflow>";
+}
+
+// Encodes through `encode(block, size, length)`, shaped as the front
+// door's Encode, into blocks of every size from none to a few octets
+// beyond `want`: each time the length is that of the whole encoding, null
+// comes back exactly when it does not fit, and otherwise the encoding is
+// `want` at the top of the block. The encoders' fast paths, which test the
+// room once, and their byte-by-byte ones near the floor must agree.
+template <class F>
+void ExpectEveryBlock(const std::string& want, F encode) {
+    std::string block(want.size() + 8, '?');
+    for (size_t size = 0; size <= block.size(); ++size) {
+        size_t len = 0;
+        const char* p = encode(&block[0], size, len);
+        EXPECT_EQ(len, want.size()) << "block of " << size;
+        EXPECT_EQ(p == nullptr, size < want.size()) << "block of " << size;
+        if (p) {
+            EXPECT_EQ(Hex(p, size_t(&block[0] + size - p)), Hex(want)) << "block of " << size;
+        }
+    }
 }
 
 // What a decode through the front door returned and wrote to standard error.

@@ -149,8 +149,6 @@ void AsnType::operator delete(void* p, const std::nothrow_t&) noexcept { std::fr
 
 uint64_t AsnType::Allocations() { return pool.allocations; }
 
-const char* AsnType::_typename() const { return AsnTypeDesc::typenames[_getdesc()->type]; }
-
 void Indent(std::ostream& os, unsigned short n) {
     static const char blanks[] = "                                                                ";
     const unsigned short chunk = sizeof blanks - 1;

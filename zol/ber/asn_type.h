@@ -44,9 +44,6 @@ public:
     static void operator delete(void*, void*) noexcept {}
     // The number of values this thread has allocated so far.
     static uint64_t Allocations();
-
-private:
-    const char* _typename() const;
 };
 
 // Blanks that a new printed line begins with, and the step of one level.

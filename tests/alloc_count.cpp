@@ -3,35 +3,40 @@
 #include <cstdlib>
 #include <new>
 
-namespace zb {
+namespace zalloc {
 
 std::atomic<uint64_t> newCount{0};
+std::atomic<uint64_t> newBytes{0};
 std::atomic<uint64_t> mallocCount{0};
 
-}  // namespace zb
+}  // namespace zalloc
 
 // The global operators, replaced for the whole program. Relaxed atomic
-// increments cost a few cycles and are paid equally by every codec.
+// increments cost a few cycles and are paid equally by every codec. They
+// pair malloc with free, which GCC cannot tell once they are inlined.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
 namespace {
 
-void* CountedNew(std::size_t n) {
-    zb::newCount.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(n ? n : 1))
+void* Counted(std::size_t n) noexcept {
+    zalloc::newCount.fetch_add(1, std::memory_order_relaxed);
+    zalloc::newBytes.fetch_add(n, std::memory_order_relaxed);
+    return std::malloc(n ? n : 1);
+}
+
+void* CountedOrThrow(std::size_t n) {
+    if (void* p = Counted(n))
         return p;
     throw std::bad_alloc();
 }
 
-void* CountedNewNothrow(std::size_t n) noexcept {
-    zb::newCount.fetch_add(1, std::memory_order_relaxed);
-    return std::malloc(n ? n : 1);
-}
-
 }  // namespace
 
-void* operator new(std::size_t n) { return CountedNew(n); }
-void* operator new[](std::size_t n) { return CountedNew(n); }
-void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return CountedNewNothrow(n); }
-void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return CountedNewNothrow(n); }
+void* operator new(std::size_t n) { return CountedOrThrow(n); }
+void* operator new[](std::size_t n) { return CountedOrThrow(n); }
+void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return Counted(n); }
+void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return Counted(n); }
 void operator delete(void* p) noexcept { std::free(p); }
 void operator delete[](void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
@@ -50,20 +55,20 @@ void* __libc_realloc(void*, std::size_t);
 void __libc_free(void*);
 
 void* malloc(std::size_t n) noexcept {
-    zb::mallocCount.fetch_add(1, std::memory_order_relaxed);
+    zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
     return __libc_malloc(n);
 }
 void* calloc(std::size_t n, std::size_t size) noexcept {
-    zb::mallocCount.fetch_add(1, std::memory_order_relaxed);
+    zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
     return __libc_calloc(n, size);
 }
 void* realloc(void* p, std::size_t n) noexcept {
-    zb::mallocCount.fetch_add(1, std::memory_order_relaxed);
+    zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
     return __libc_realloc(p, n);
 }
 void free(void* p) noexcept { __libc_free(p); }
 }
-const bool zb::mallocCounted = true;
+const bool zalloc::mallocCounted = true;
 #else
-const bool zb::mallocCounted = false;
+const bool zalloc::mallocCounted = false;
 #endif
