@@ -19,7 +19,8 @@
 //   set PATH...   members present (dotted paths through _getref)
 //   unset PATH... members absent
 //   with HEX      the value merges a value of its type decoded from HEX
-//   assign HEX    the value is assigned one decoded from HEX
+//                 ("self": the value itself)
+//   assign HEX    the value is assigned one decoded from HEX (or "self")
 //   clone         the value is replaced by its Clone
 #include "rows.h"
 
@@ -35,6 +36,7 @@
 #include <zol/json.h>
 
 #include "support.h"
+#include "tests/collisions.h"
 #include "tests/patterns.h"
 
 namespace zt {
@@ -171,6 +173,21 @@ const std::map<std::string, Copier>& Copiers() {
         {"ZolOrderId", CopierOf<ZolOrderId>()},
         {"ZolOrderRep", CopierOf<ZolOrderRep>()},
         {"ZolSecBoardRep", CopierOf<ZolSecBoardRep>()},
+        {"ZolTransRep", CopierOf<ZolTransRep>()},
+        {"ZolTransReq", CopierOf<ZolTransReq>()},
+        {"ZolTradeRep", CopierOf<ZolTradeRep>()},
+        {"ZolNegDealRep", CopierOf<ZolNegDealRep>()},
+        {"ZolNegDealCPDetails", CopierOf<ZolNegDealCPDetails>()},
+        {"ZolTradeAllocationRep", CopierOf<ZolTradeAllocationRep>()},
+        {"ZolOrderbookByPriceRep", CopierOf<ZolOrderbookByPriceRep>()},
+        {"ZolOrderMultiLeg", CopierOf<ZolOrderMultiLeg>()},
+        {"ZolOrderMarketMakerBlock", CopierOf<ZolOrderMarketMakerBlock>()},
+        {"ZolUserRep", CopierOf<ZolUserRep>()},
+        {"ZolFirmRep", CopierOf<ZolFirmRep>()},
+        {"ZolMessageRep", CopierOf<ZolMessageRep>()},
+        {"ZolAuditEventRep", CopierOf<ZolAuditEventRep>()},
+        {"ZolNewsHeaderRep", CopierOf<ZolNewsHeaderRep>()},
+        {"ZolPermissionSet", CopierOf<ZolPermissionSet>()},
         {"PatAll", CopierOf<PatAll>()},
         {"PatHolder", CopierOf<PatHolder>()},
         {"PatChoice", CopierOf<PatChoice>()},
@@ -213,10 +230,10 @@ void Expect(const Row& row, const Row::Check& c, const std::string& actual, cons
     EXPECT_EQ(actual, expected);
 }
 
-// The checks that any value takes, in their order; `skip` names the keys
-// the operation has handled itself.
+}  // namespace
+
 void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType>& v,
-                const std::vector<std::string>& skip = {}) {
+                const std::vector<std::string>& skip) {
     for (const Row::Check& c : row.checks) {
         SCOPED_TRACE("line " + std::to_string(c.line) + ": " + c.key);
         if (std::find(skip.begin(), skip.end(), c.key) != skip.end())
@@ -235,8 +252,8 @@ void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType
         } else if (c.key == "with" || c.key == "assign") {
             auto copier = Copiers().find(type);
             ASSERT_NE(copier, Copiers().end()) << "no merge or assignment for " << type << " in rows.cpp";
-            std::unique_ptr<AsnType> other = DecodedAs(type, c.text);
-            (c.key == "with" ? copier->second.merge : copier->second.assign)(*v, *other);
+            std::unique_ptr<AsnType> other = c.text == "self" ? nullptr : DecodedAs(type, c.text);
+            (c.key == "with" ? copier->second.merge : copier->second.assign)(*v, other ? *other : *v);
         } else if (c.key == "clone") {
             std::unique_ptr<AsnType> copy(v->Clone());
             ASSERT_TRUE(copy);
@@ -247,8 +264,6 @@ void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType
         }
     }
 }
-
-}  // namespace
 
 const std::string* Row::Get(const char* key) const {
     for (const Check& c : checks)
@@ -267,7 +282,7 @@ std::string Row::Joined(const Check& c) {
 bool RegisterRowOp(const char* op, RowOp fn) { return Ops().emplace(op, fn).second; }
 
 std::unique_ptr<AsnType> Make(const std::string& name) {
-    static const AsnModuleDesc* const patterns[] = {&Zol::TESTPATTERNSModule, nullptr};
+    static const AsnModuleDesc* const patterns[] = {&Zol::TESTPATTERNSModule, &Zol::TESTCOLLISIONSModule, nullptr};
     const AsnTypeDesc* d = Zol::FindType(name.c_str());
     if (!d)
         d = AsnFindType(patterns, name.c_str());

@@ -48,8 +48,14 @@ bool RegisterRowOp(const char* op, RowOp fn);
     static const bool rowOpRegistered_##name = zt::RegisterRowOp(#name, RowOp_##name); \
     static void RowOp_##name(const zt::Row& row)
 
+// The checks that any value takes (hex, print, json, set, unset, with,
+// assign, clone), in their order; `skip` names the keys the operation has
+// handled itself. For operations that make a value of their own.
+void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType>& v,
+                const std::vector<std::string>& skip = {});
+
 // A new value of the type named `name`: a type of the protocol's modules or
-// of the test patterns, or a universal class ("AsnInt", "PrintableString").
+// of the test modules, or a universal class ("AsnInt", "PrintableString").
 std::unique_ptr<AsnType> Make(const std::string& name);
 
 }  // namespace zt
