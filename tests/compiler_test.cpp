@@ -3,18 +3,18 @@
 //
 //   zolc sub/m.asn:4: error: unknown type Foo ...
 //     common          COMMONTYPES given with -i
-//     module M        writes sub/m.asn: the head of module M, then the block
-//     |A ::= ...
+//     file m.asn      writes the block as sub/m.asn
+//     |M DEFINITIONS IMPLICIT TAGS ::=
+//     |...
 //     arg sub/x.asn   a further argument, relative to the root
 //     status 2        the exit status, when not 1
 //
-// runs zolc --root DIR -o DIR/out over the modules in their order and
+// runs zolc --root DIR -o DIR/out over the files in their order and
 // expects the row's text as the whole of standard error (nothing is
 // compared when the row gives none).
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -34,26 +34,21 @@ ZT_ROW_OP(zolc) {
     char tmpl[] = "/tmp/zolc_test_XXXXXX";
     ASSERT_TRUE(mkdtemp(tmpl));
     const std::string dir = tmpl;
-    // COMMONTYPES below the root, so that its header is named by the same
-    // path as in the library.
-    for (const char* sub : {"/sub", "/zol", "/zol/values"})
-        mkdir((dir + sub).c_str(), 0777);
-    const std::string common = dir + "/zol/values/commontypes.asn";
-    std::ofstream(common, std::ios::binary) << Slurp(ZOL_SOURCE "/zol/values/commontypes.asn");
-
+    mkdir((dir + "/sub").c_str(), 0777);
     std::string args;
     int status = 1;
     for (const zt::Row::Check& c : row.checks) {
-        if (c.key == "module") {
-            std::string file = c.text;
-            for (char& ch : file)
-                ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-            file = dir + "/sub/" + file + ".asn";
-            std::ofstream(file, std::ios::binary)
-                << c.text << " DEFINITIONS IMPLICIT TAGS ::=\nBEGIN\n" << zt::Row::Joined(c) << "\n";
-            args += " " + file;
+        if (c.key == "file") {
+            std::ofstream(dir + "/sub/" + c.text, std::ios::binary) << zt::Row::Joined(c) << "\n";
+            args += " " + dir + "/sub/" + c.text;
         } else if (c.key == "common") {
-            args += " -i " + common;
+            // Below the root, so that its header is named by the same path
+            // as in the library.
+            mkdir((dir + "/zol").c_str(), 0777);
+            mkdir((dir + "/zol/values").c_str(), 0777);
+            std::ofstream(dir + "/zol/values/commontypes.asn", std::ios::binary)
+                << Slurp(ZOL_SOURCE "/zol/values/commontypes.asn");
+            args += " -i " + dir + "/zol/values/commontypes.asn";
         } else if (c.key == "arg") {
             args += " " + dir + "/" + c.text;
         } else if (c.key == "status") {

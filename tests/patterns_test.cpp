@@ -169,6 +169,7 @@ ZT_ROW_OP(desc) {
     }
     if (d) {
         EXPECT_STREQ(AsnTypeName(d), row.arg.c_str());
+        EXPECT_STREQ(d->getname(), row.arg.c_str());
         EXPECT_FALSE(d->ispdu());
         std::unique_ptr<AsnType> made(d->create());
         EXPECT_EQ(made->_getdesc(), d);
@@ -186,6 +187,9 @@ TEST(Patterns, FindTypeAndUniversalNames) {
     EXPECT_STREQ(AsnTypeName(&AsnInt::_desc), "INTEGER");
     EXPECT_STREQ(AsnTypeName(&AsnOcts::_desc), "OCTET STRING");
     EXPECT_EQ(AsnAliasBase(&AsnFixedReal::_desc), nullptr);
+    int visits = 0;
+    AsnForEachElement(PatElem(), [&visits](AsnType&) { ++visits; });  // no list
+    EXPECT_EQ(visits, 0);
 }
 
 TEST(PatternsDeathTest, GetnamesWithoutANamesTableAborts) {
