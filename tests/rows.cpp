@@ -27,7 +27,8 @@
 //   set PATH...   members present (dotted paths through _getref)
 //   unset PATH... members absent
 //   with HEX      the value merges a value of its type decoded from HEX
-//   assign HEX    the value is assigned one decoded from HEX
+//                 ("self": the value itself)
+//   assign HEX    the value is assigned one decoded from HEX (or "self")
 //   clone         the value is replaced by its Clone
 #include "rows.h"
 
@@ -46,6 +47,7 @@
 
 #include "alloc_count.h"
 #include "support.h"
+#include "tests/collisions.h"
 #include "tests/patterns.h"
 
 namespace zt {
@@ -182,6 +184,21 @@ const std::map<std::string, Copier>& Copiers() {
         {"ZolOrderId", CopierOf<ZolOrderId>()},
         {"ZolOrderRep", CopierOf<ZolOrderRep>()},
         {"ZolSecBoardRep", CopierOf<ZolSecBoardRep>()},
+        {"ZolTransRep", CopierOf<ZolTransRep>()},
+        {"ZolTransReq", CopierOf<ZolTransReq>()},
+        {"ZolTradeRep", CopierOf<ZolTradeRep>()},
+        {"ZolNegDealRep", CopierOf<ZolNegDealRep>()},
+        {"ZolNegDealCPDetails", CopierOf<ZolNegDealCPDetails>()},
+        {"ZolTradeAllocationRep", CopierOf<ZolTradeAllocationRep>()},
+        {"ZolOrderbookByPriceRep", CopierOf<ZolOrderbookByPriceRep>()},
+        {"ZolOrderMultiLeg", CopierOf<ZolOrderMultiLeg>()},
+        {"ZolOrderMarketMakerBlock", CopierOf<ZolOrderMarketMakerBlock>()},
+        {"ZolUserRep", CopierOf<ZolUserRep>()},
+        {"ZolFirmRep", CopierOf<ZolFirmRep>()},
+        {"ZolMessageRep", CopierOf<ZolMessageRep>()},
+        {"ZolAuditEventRep", CopierOf<ZolAuditEventRep>()},
+        {"ZolNewsHeaderRep", CopierOf<ZolNewsHeaderRep>()},
+        {"ZolPermissionSet", CopierOf<ZolPermissionSet>()},
         {"PatAll", CopierOf<PatAll>()},
         {"PatHolder", CopierOf<PatHolder>()},
         {"PatChoice", CopierOf<PatChoice>()},
@@ -307,8 +324,8 @@ void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType
         } else if (c.key == "with" || c.key == "assign") {
             auto copier = Copiers().find(type);
             ASSERT_NE(copier, Copiers().end()) << "no merge or assignment for " << type << " in rows.cpp";
-            std::unique_ptr<AsnType> other = DecodedAs(type, c.text);
-            (c.key == "with" ? copier->second.merge : copier->second.assign)(*v, *other);
+            std::unique_ptr<AsnType> other = c.text == "self" ? nullptr : DecodedAs(type, c.text);
+            (c.key == "with" ? copier->second.merge : copier->second.assign)(*v, other ? *other : *v);
         } else if (c.key == "clone") {
             std::unique_ptr<AsnType> copy(v->Clone());
             ASSERT_TRUE(copy);
@@ -337,7 +354,7 @@ std::string Row::Joined(const Check& c) {
 bool RegisterRowOp(const char* op, RowOp fn) { return Ops().emplace(op, fn).second; }
 
 std::unique_ptr<AsnType> Make(const std::string& name) {
-    static const AsnModuleDesc* const patterns[] = {&Zol::TESTPATTERNSModule, nullptr};
+    static const AsnModuleDesc* const patterns[] = {&Zol::TESTPATTERNSModule, &Zol::TESTCOLLISIONSModule, nullptr};
     const AsnTypeDesc* d = Zol::FindType(name.c_str());
     if (!d)
         d = AsnFindType(patterns, name.c_str());

@@ -49,7 +49,7 @@ bool RegisterRowOp(const char* op, RowOp fn);
     static void RowOp_##name(const zt::Row& row)
 
 // A new value of the type named `name`: a type of the protocol's modules or
-// of the test patterns, or a universal class ("AsnInt", "PrintableString").
+// of the test modules, or a universal class ("AsnInt", "PrintableString").
 std::unique_ptr<AsnType> Make(const std::string& name);
 
 // Expects `actual` to be `expected`, the text of check `c`. A check whose

@@ -1,6 +1,7 @@
 // A generic walk over any type of the catalogue through its descriptors
-// alone: build a value and fill every member through _getref. The message
-// tests reuse it for every type they add.
+// alone: build a value and fill every member through _getref. The
+// catalogue's walk over every type and the tests that need a value with
+// every member set (damage, JSON, the asn1c peer) share it.
 #pragma once
 
 #include <functional>
