@@ -10,15 +10,22 @@
 #include "zol/ber/ber.h"
 
 struct AsnTypeDesc;
+class AsnPrintOut;
 
 class AsnType {
 public:
-    virtual ~AsnType();
+    virtual ~AsnType() {}
     // A new copy on the heap, owned by the caller; null if allocation fails.
     virtual AsnType* Clone() const;
     virtual void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env);
     virtual AsnLen BEnc(AsnBuf& b) const;
+    // The value as indented text. The library's classes override PrintTo,
+    // which gathers each line before writing it (asn_print.h); Print
+    // hands it a printer of its own. A class of yours may override Print
+    // instead, and is printed through it wherever it is held (AsnAny).
     virtual void Print(std::ostream& os) const;
+    // The same into `out`; the root's own writes an error line.
+    virtual void PrintTo(AsnPrintOut& out) const;
     virtual const AsnTypeDesc* _getdesc() const;
     // A member by name; with `create`, an absent member is made first.
     virtual AsnType* _getref(const char* name, bool create = false);
@@ -29,20 +36,17 @@ public:
 
     static const AsnTypeDesc _desc;
 
-    // Every value of the library is allocated through these. Blocks of up
-    // to 256 bytes come from free lists of this thread, which keep what
-    // values of their size gave back (a decoded message is freed and the
-    // next one takes the same blocks) and are emptied when the thread
-    // ends; larger ones, and all of them in sanitizer builds, come from
-    // malloc. Ownership is unchanged: a value is deleted through its
-    // virtual destructor, which passes its size back.
+    // Every value of the library is allocated through these, from the
+    // blocks of asn_pool.h. Ownership is unchanged: a value is deleted
+    // through its virtual destructor, which passes its size back.
     static void* operator new(std::size_t size);
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
     static void* operator new(std::size_t, void* where) noexcept { return where; }
     static void operator delete(void* p, std::size_t size) noexcept;
     static void operator delete(void* p, const std::nothrow_t&) noexcept;
     static void operator delete(void*, void*) noexcept {}
-    // The number of values this thread has allocated so far.
+    // The number of blocks this thread has allocated so far: values, and
+    // the bytes of octet strings and of the character strings.
     static uint64_t Allocations();
 
 private:

@@ -3,6 +3,8 @@
 #include <csetjmp>
 #include <new>
 
+#include "zol/ber/asn_print.h"
+
 HashTable AsnAny::intHashTbl = nullptr;
 HashTable AsnAny::oidHashTbl = nullptr;
 
@@ -133,9 +135,13 @@ void AsnAny::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 
 AsnLen AsnAny::BEnc(AsnBuf& b) const { return value ? value->BEnc(b) : AsnType::BEnc(b); }
 
-void AsnAny::Print(std::ostream& os) const {
-    if (value)
-        value->Print(os);
-    else
-        AsnType::Print(os);
+// The value may be of a class of the caller's, printed through its own
+// Print: what is gathered goes out first.
+void AsnAny::PrintTo(AsnPrintOut& out) const {
+    if (value) {
+        out.Flush();
+        value->Print(out.stream());
+    } else {
+        AsnType::PrintTo(out);
+    }
 }

@@ -52,8 +52,10 @@ extern StrStk stringStack;
 
 class AsnOcts : public AsnType {
 public:
+    // Read them freely; they change only through Set, ReSet and decoding,
+    // since the block is given back by its length.
     size_t octetLen = 0;    // bytes held, the terminating NUL not counted
-    char* octs = nullptr;   // owned heap copy of octetLen bytes and a NUL
+    char* octs = nullptr;   // owned copy of octetLen bytes and a NUL, in a block of asn_pool.h
 
     AsnOcts() {}
     AsnOcts(const char* str) { Set(str); }
@@ -86,7 +88,7 @@ public:
     AsnType* Clone() const override;
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 
     ZOL_ALWAYS_INLINE AsnLen BEncContent(AsnBuf& b) const {
@@ -108,5 +110,7 @@ protected:
 
 private:
     bool OctsEquiv(const AsnOcts& o) const;
+    // Holds a new block of `len` bytes and the NUL in place of the old one.
+    char* Renew(size_t len);
     void BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
 };
