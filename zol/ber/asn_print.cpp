@@ -2,6 +2,10 @@
 
 #include <charconv>
 #include <cmath>
+#include <exception>
+#ifdef __GLIBCXX__
+#include <cxxabi.h>
+#endif
 
 void AsnPrintOut::BlanksLong(unsigned n) {
     while (n > kSize - used_) {
@@ -29,6 +33,18 @@ struct HexPairs {
     }
 };
 constexpr HexPairs kHexPairs;
+
+// "000102...99": the two decimal digits of n at 2 * n.
+struct DecimalPairs {
+    char text[200];
+    constexpr DecimalPairs() : text() {
+        for (int n = 0; n < 100; ++n) {
+            text[2 * n] = char('0' + n / 10);
+            text[2 * n + 1] = char('0' + n % 10);
+        }
+    }
+};
+constexpr DecimalPairs kDecimalPairs;
 
 }  // namespace
 
@@ -84,12 +100,12 @@ char* FixedG6(double v, char* out) {
             --exp10;
     }
     int places = 5 - exp10;  // digits after the point before trailing zeros go
-    const double scaled = a * kPow10[places];
-    const double whole = std::floor(scaled);
-    const double frac = scaled - whole;
+    const double scaled = a * kPow10[places];     // 1e5 <= scaled <= 1e6
+    const uint32_t whole = uint32_t(scaled);      // truncation: the floor
+    const double frac = scaled - double(whole);
     if (std::fabs(frac - 0.5) < 1e-7)
         return nullptr;
-    uint32_t n = uint32_t(whole) + (frac > 0.5 ? 1 : 0);
+    uint32_t n = whole + (frac > 0.5 ? 1 : 0);
     if (n == 1000000) {  // rounded up into the next decimal exponent
         if (exp10 == 5)
             return nullptr;
@@ -97,8 +113,10 @@ char* FixedG6(double v, char* out) {
         --places;
     }
     char digits[6];
-    for (int i = 5; i >= 0; --i, n /= 10)
-        digits[i] = char('0' + n % 10);
+    const uint32_t high = n / 10000, middle = n / 100 % 100, low = n % 100;
+    std::memcpy(digits, kDecimalPairs.text + 2 * high, 2);
+    std::memcpy(digits + 2, kDecimalPairs.text + 2 * middle, 2);
+    std::memcpy(digits + 4, kDecimalPairs.text + 2 * low, 2);
     const int intDigits = 6 - places;
     int keep = 6;
     while (keep > intDigits && digits[keep - 1] == '0')
@@ -139,20 +157,64 @@ void AsnPrintOut::Real(double v) {
     PutNumber(text, size_t(end - text), Piece::Real);
 }
 
-// The line ends as std::endl ends it: written, then the stream flushed.
-// The flush is the stream's own but for its sentry, which the write just
-// made: the stream is synced if the write left it good.
-void AsnPrintOut::WriteLine() {
-    Flush();
-    if (os_.good() && os_.rdbuf()->pubsync() == -1)
-        os_.setstate(std::ios_base::badbit);
+void AsnPrintOut::Flush() {
+    if (used_)
+        Hand(false);
 }
 
-void AsnPrintOut::Flush() {
-    if (used_) {
-        os_.write(line_, std::streamsize(used_));
-        used_ = 0;
+std::ostream& AsnPrintOut::HandOver() {
+    Flush();
+    checkWidth_ = true;
+    return os_;
+}
+
+// The text goes to the stream's buffer as the stream's write hands it
+// over, and with `sync` the buffer is then synced as the flush of
+// std::endl does. What the stream's sentry does around them is done here
+// once, inline, where write and flush each built one (a third of the
+// cost of a printed line): a tied stream is flushed first; a stream that
+// is not good takes nothing, and gains failbit if it is bad; a unitbuf
+// stream is synced at the end unless an exception is on its way. A short
+// write, a failed sync or an exception of the buffer sets badbit, and the
+// exception goes on if the stream throws on badbit.
+void AsnPrintOut::Hand(bool sync) {
+    const std::streamsize n = std::streamsize(used_);
+    used_ = 0;
+    std::ios& ios = os_;
+    if (ios.tie() && ios.good())
+        ios.tie()->flush();
+    if (!ios.good()) {
+        if (ios.bad())
+            ios.setstate(std::ios_base::failbit);
+        return;
     }
+    std::streambuf* buf = ios.rdbuf();
+    bool bad = false;
+    try {
+        bad = buf->sputn(line_, n) != n || (sync && buf->pubsync() == -1);
+#ifdef __GLIBCXX__
+    } catch (abi::__forced_unwind&) {  // a cancelled thread's unwinding always goes on
+        SetBadAndRethrow();
+#endif
+    } catch (...) {
+        if (ios.exceptions() & std::ios_base::badbit)
+            SetBadAndRethrow();
+        bad = true;
+    }
+    if (bad)
+        ios.setstate(std::ios_base::badbit);
+    if ((ios.flags() & std::ios_base::unitbuf) && std::uncaught_exceptions() == 0 && buf->pubsync() == -1)
+        ios.setstate(std::ios_base::badbit);
+}
+
+// Inside a handler: badbit set without the stream's own exception, then
+// the handled one thrown again.
+void AsnPrintOut::SetBadAndRethrow() {
+    try {
+        os_.setstate(std::ios_base::badbit);
+    } catch (const std::ios_base::failure&) {
+    }
+    throw;
 }
 
 // A piece longer than the room left: what is gathered goes first, then
@@ -171,11 +233,13 @@ void AsnPrintOut::AppendLong(const char* text, size_t n) {
 }
 
 void AsnPrintOut::PutFirst(const char* text, size_t n, Piece kind) {
-    if (kind != Piece::Integer && !os_.good()) {
+    const std::streamsize width = os_.width();
+    if (width == 0 || (kind != Piece::Integer && !os_.good())) {
+        checkWidth_ = width != 0;
         Append(text, n);
         return;
     }
-    const std::streamsize width = os_.width();
+    checkWidth_ = false;
     os_.width(0);
     const size_t pad = width > std::streamsize(n) ? size_t(width) - n : 0;
     const std::ios_base::fmtflags adjust = os_.flags() & std::ios_base::adjustfield;

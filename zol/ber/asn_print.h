@@ -26,7 +26,7 @@ public:
     AsnPrintOut& operator=(const AsnPrintOut&) = delete;
 
     void Put(const char* text, size_t n) {
-        if (__builtin_expect(os_.width() != 0, 0))
+        if (__builtin_expect(checkWidth_, 0))
             PutFirst(text, n, Piece::Text);
         else
             Append(text, n);
@@ -59,13 +59,14 @@ public:
     // A line feed, the line written and the stream flushed: std::endl.
     void EndLine() {
         line_[used_++] = '\n';
-        WriteLine();
+        Hand(true);
     }
     // Writes what is gathered, without flushing the stream: at the end of
-    // a print, and before the stream is handed to a printer that writes to
-    // it directly.
+    // a print.
     void Flush();
-    std::ostream& stream() const { return os_; }
+    // The stream, for a printer that writes to it directly, with what is
+    // gathered written first.
+    std::ostream& HandOver();
 
 private:
     // How the stream's insertion of a piece treated a field width: text
@@ -79,6 +80,9 @@ private:
 
     std::ostream& os_;
     size_t used_ = 0;
+    // Whether the next piece must look at the stream's field width: until
+    // a piece has used it up, and again after the stream was handed over.
+    bool checkWidth_ = true;
     char line_[kSize + kSlack];
 
     void Append(const char* text, size_t n) {
@@ -91,14 +95,15 @@ private:
     }
     void AppendLong(const char* text, size_t n);
     void BlanksLong(unsigned n);
-    void WriteLine();
+    void Hand(bool sync);
+    [[noreturn]] void SetBadAndRethrow();
     void PutNumber(const char* text, size_t n, Piece kind) {
-        if (__builtin_expect(os_.width() != 0, 0))
+        if (__builtin_expect(checkWidth_, 0))
             PutFirst(text, n, kind);
         else
             Append(text, n);
     }
-    // Pads the piece to the field width: before it, after it with
-    // std::left, after a number's sign with std::internal.
+    // Pads the piece to the field width, if one is set: before it, after
+    // it with std::left, after a number's sign with std::internal.
     void PutFirst(const char* text, size_t n, Piece kind);
 };

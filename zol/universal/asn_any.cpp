@@ -139,8 +139,7 @@ AsnLen AsnAny::BEnc(AsnBuf& b) const { return value ? value->BEnc(b) : AsnType::
 // Print: what is gathered goes out first.
 void AsnAny::PrintTo(AsnPrintOut& out) const {
     if (value) {
-        out.Flush();
-        value->Print(out.stream());
+        value->Print(out.HandOver());
     } else {
         AsnType::PrintTo(out);
     }
