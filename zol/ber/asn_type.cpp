@@ -30,9 +30,28 @@ void AsnType::Print(std::ostream& os) const {
     out.Flush();
 }
 
+namespace {
+
+// The value whose default PrintTo has called its Print: a class that
+// overrides neither comes back to PrintTo through the default Print.
+const AsnType* handedOver = nullptr;
+
+struct HandedOver {
+    const AsnType* outer;
+    explicit HandedOver(const AsnType* v) : outer(handedOver) { handedOver = v; }
+    ~HandedOver() { handedOver = outer; }
+};
+
+}  // namespace
+
 void AsnType::PrintTo(AsnPrintOut& out) const {
-    out.Put("ERROR - Attempt to print an improperly formed ANY type (programming error).");
-    out.EndLine();
+    if (handedOver == this) {
+        out.Put("ERROR - Attempt to print an improperly formed ANY type (programming error).");
+        out.EndLine();
+        return;
+    }
+    HandedOver guard(this);
+    Print(out.HandOver());
 }
 
 const AsnTypeDesc* AsnType::_getdesc() const { return &_desc; }

@@ -21,10 +21,10 @@ public:
     virtual AsnLen BEnc(AsnBuf& b) const;
     // The value as indented text. The library's classes override PrintTo,
     // which gathers each line before writing it (asn_print.h); Print
-    // hands it a printer of its own. A class of yours may override Print
-    // instead, and is printed through it wherever it is held (AsnAny).
+    // hands it a printer of its own. A class of yours that overrides Print
+    // instead is printed through it wherever it is held: the default
+    // PrintTo hands the stream over to it.
     virtual void Print(std::ostream& os) const;
-    // The same into `out`; the root's own writes an error line.
     virtual void PrintTo(AsnPrintOut& out) const;
     virtual const AsnTypeDesc* _getdesc() const;
     // A member by name; with `create`, an absent member is made first.

@@ -3,8 +3,6 @@
 #include <csetjmp>
 #include <new>
 
-#include "zol/ber/asn_print.h"
-
 HashTable AsnAny::intHashTbl = nullptr;
 HashTable AsnAny::oidHashTbl = nullptr;
 
@@ -135,12 +133,9 @@ void AsnAny::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 
 AsnLen AsnAny::BEnc(AsnBuf& b) const { return value ? value->BEnc(b) : AsnType::BEnc(b); }
 
-// The value may be of a class of the caller's, printed through its own
-// Print: what is gathered goes out first.
 void AsnAny::PrintTo(AsnPrintOut& out) const {
-    if (value) {
-        value->Print(out.HandOver());
-    } else {
+    if (value)
+        value->PrintTo(out);
+    else
         AsnType::PrintTo(out);
-    }
 }
