@@ -61,13 +61,13 @@ void AsnPrintOut::Hex(const char* bytes, size_t n) {
 }
 
 void AsnPrintOut::Decimal(int64_t v) {
-    char digits[24];
+    char digits[48];  // more than a number needs, which GCC's bounds check of AsnCopyBytes wants
     const char* end = std::to_chars(digits, digits + sizeof digits, v).ptr;
     PutNumber(digits, size_t(end - digits), Piece::Integer);
 }
 
 void AsnPrintOut::Decimal(uint64_t v) {
-    char digits[24];
+    char digits[48];  // more than a number needs, which GCC's bounds check of AsnCopyBytes wants
     const char* end = std::to_chars(digits, digits + sizeof digits, v).ptr;
     PutNumber(digits, size_t(end - digits), Piece::Integer);
 }
@@ -150,7 +150,7 @@ char* FixedG6(double v, char* out) {
 // for a double, infinities and NaNs included; it costs some 700
 // instructions a number, FixedG6 under a hundred.
 void AsnPrintOut::Real(double v) {
-    char text[32];
+    char text[48];  // more than a number needs, which GCC's bounds check of AsnCopyBytes wants
     const char* end = FixedG6(v, text);
     if (!end)
         end = std::to_chars(text, text + sizeof text, v, std::chars_format::general, 6).ptr;

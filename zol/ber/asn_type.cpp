@@ -1,6 +1,7 @@
 #include "zol/ber/asn_type.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <ostream>
 
 #include "zol/ber/asn_pool.h"
@@ -73,7 +74,7 @@ int AsnType::BDecPdu(AsnBuf& b, AsnLen& bytesDecoded) {
     return 0;
 }
 
-// Values are allocated in asn_pool.cpp.
+void AsnType::operator delete(void* p, const std::nothrow_t&) noexcept { std::free(p); }
 
 uint64_t AsnType::Allocations() { return AsnPoolTaken(); }
 

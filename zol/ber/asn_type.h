@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <new>
 
+#include "zol/ber/asn_pool.h"
 #include "zol/ber/ber.h"
 
 struct AsnTypeDesc;
@@ -39,10 +40,16 @@ public:
     // Every value of the library is allocated through these, from the
     // blocks of asn_pool.h. Ownership is unchanged: a value is deleted
     // through its virtual destructor, which passes its size back.
-    static void* operator new(std::size_t size);
-    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void* operator new(std::size_t size) {
+        if (void* p = AsnPoolTake(size))
+            return p;
+        throw std::bad_alloc();
+    }
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return AsnPoolTake(size); }
     static void* operator new(std::size_t, void* where) noexcept { return where; }
-    static void operator delete(void* p, std::size_t size) noexcept;
+    static void operator delete(void* p, std::size_t size) noexcept { AsnPoolGive(p, size); }
+    // Only when a constructor throws out of a nothrow new, with the size
+    // unknown: every block, pooled or not, came from malloc.
     static void operator delete(void* p, const std::nothrow_t&) noexcept;
     static void operator delete(void*, void*) noexcept {}
     // The number of blocks this thread has allocated so far: values, and

@@ -64,14 +64,9 @@ char* NewBytes(size_t len) {
     throw std::bad_alloc();
 }
 
-void FreeBytes(char* octs, size_t len) {
-    if (octs)
-        AsnPoolGive(octs, len + 1);
-}
+void FreeBytes(char* octs, size_t len) { AsnPoolGive(octs, len + 1); }
 
 }  // namespace
-
-AsnOcts::~AsnOcts() { FreeBytes(octs, octetLen); }
 
 void AsnOcts::Set(const char* str, size_t len) {
     octs = NewBytes(len);
@@ -133,8 +128,8 @@ void AsnOcts::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     BDecWithTag(b, bytesDecoded, env, 0x04, AsnOctsWrongTagCode, "AsnOcts::BDec: ERROR tag on OCTET STRING is wrong.");
 }
 
-void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
-                          DecodeEnv env) {
+void AsnOcts::BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
+                              DecodeEnv env) {
     if (tag & AsnConstructedBit) {
         BDecConsOcts(b, elmtLen, bytesDecoded, env);
         return;
@@ -160,13 +155,12 @@ void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
 // A value decoded again (an open type's clone of its prototype) gives up
 // what it held; a fresh one holds nothing.
 char* AsnOcts::Renew(size_t len) {
+    char* bytes = NewBytes(len);
+    bytes[len] = '\0';
     FreeBytes(octs, octetLen);
-    octs = nullptr;
-    octetLen = 0;
-    octs = NewBytes(len);
-    octs[len] = '\0';
+    octs = bytes;
     octetLen = len;
-    return octs;
+    return bytes;
 }
 
 namespace {

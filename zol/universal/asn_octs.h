@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "zol/ber/asn_pool.h"
 #include "zol/ber/asn_type.h"
 #include "zol/meta/asn_desc.h"
 
@@ -61,7 +62,7 @@ public:
     AsnOcts(const char* str) { Set(str); }
     AsnOcts(const char* str, size_t len) { Set(str, len); }
     AsnOcts(const AsnOcts& o) : AsnType() { Set(o); }
-    ~AsnOcts() override;
+    ~AsnOcts() override { AsnPoolGive(octs, octetLen + 1); }
 
     // Set fills a value that holds nothing; ReSet replaces what it holds.
     void Set(const char* str, size_t len);
@@ -96,8 +97,20 @@ public:
         return static_cast<AsnLen>(octetLen);
     }
     // Primitive or constructed by the constructed bit of `tag`; the rest of
-    // the tag is not looked at, so context-tagged strings use it too.
-    void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
+    // the tag is not looked at, so context-tagged strings use it too. A
+    // primitive string whose bytes are all there is copied here, inline.
+    ZOL_ALWAYS_INLINE void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
+                                       DecodeEnv env) {
+        if (__builtin_expect(!(tag & AsnConstructedBit) && !b.readFailed &&
+                                 elmtLen <= size_t(b.dataEnd - b.readPos),
+                             1)) {
+            AsnCopyBytes(Renew(elmtLen), b.readPos, elmtLen);
+            b.readPos += elmtLen;
+            bytesDecoded += elmtLen;
+            return;
+        }
+        BDecContentSlow(b, tag, elmtLen, bytesDecoded, env);
+    }
 
     static const AsnTypeDesc _desc;
 
@@ -110,6 +123,8 @@ protected:
 
 private:
     bool OctsEquiv(const AsnOcts& o) const;
+    // Every form, with its failures.
+    void BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
     // Holds a new block of `len` bytes and the NUL in place of the old one.
     char* Renew(size_t len);
     void BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
