@@ -71,7 +71,10 @@ ClassText EmitNames(const TypeModel& c);  // enumerations and named bits
 std::string TagConst(uint32_t tag);
 
 // Construction, destruction and cloning of sequences and choices: their
-// destructor's body is $destroy, their ConstructHelper's $construct.
+// destructor's body is $destroy, their ConstructHelper's $construct (in
+// the class, with the default constructor, so that a decoder's `new`
+// compiles into it); the copy constructor's parameter is $o (empty where
+// unused), its initializers $copyInit and its body $copy.
 extern const char* const kConstructionDecls;
 extern const char* const kConstruction;
 // Assignment and merge.

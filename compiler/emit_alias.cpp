@@ -43,15 +43,14 @@ ClassText EmitAlias(const TypeModel& c) {
         t.header += Fill(number ? "    $T($V v) : $B(v) {}\n" : "", v);
         t.header += Fill(kDerivedCopy, v) + Fill(number ? "    using $B::operator=;\n" : "", v);
     }
-    t.Both(R"(    ~$T() override;
+    t.Both(R"(    ~$T() override {}
     AsnType* Clone() const override;
     const AsnTypeDesc* _getdesc() const override;
 
     static const AsnAliasTypeDesc _desc;
 };
 )",
-           R"($T::~$T() {}
-AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+           R"(AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
 const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
 const AsnAliasTypeDesc $T::_desc(&$M, "$T", false, AsnTypeDesc::ALIAS, AsnCreate<$T>, &$B::_desc);
 )",
@@ -90,15 +89,14 @@ $ctors$copy$using)",
                     v);
     v.insert(v.end(), {{"D", isEnum ? "AsnEnumTypeDesc" : "AsnNamesTypeDesc"},
                        {"K", isEnum ? "ENUMERATED" : "BIT_STRING"}});
-    t.Both(R"(    ~$T() override;
+    t.Both(R"(    ~$T() override {}
     const AsnTypeDesc* _getdesc() const override;
 
     static const $D _desc;
     static const AsnNameDesc _nmdescs[];
 };
 )",
-           R"($T::~$T() {}
-const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
+           R"(const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
 const AsnNameDesc $T::_nmdescs[] = {
 $nmdescs    {nullptr, -1},
 };

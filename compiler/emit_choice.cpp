@@ -9,11 +9,14 @@ namespace {
 
 using Alt = MemberModel;
 
+// The case of a tag in the choice's switch.
+std::string TagCase(uint32_t tag, int shift) { return TagConst(tag >> shift); }
+
 // The decoding of an alternative once its tag matched.
-std::string DecodeAlt(const Alt& m, const Vars& v) {
+std::string DecodeAlt(const Alt& m, const Vars& v, int shift) {
     std::string cases;
     for (uint32_t tag : m.accepts)
-        cases += (cases.empty() ? "    case " : ":\n    case ") + TagConst(tag);
+        cases += (cases.empty() ? "    case " : ":\n    case ") + TagCase(tag, shift);
     std::string out = cases + Fill(R"(:  // $text
         choiceId = $cid;
         $m = new $cls;
@@ -47,8 +50,15 @@ ClassText EmitChoice(const TypeModel& c) {
                }) +
                "    };\n\n";
 
+    // A copy holds an object of the source's alternative, an empty one
+    // where the source holds none, as Select makes one.
     v.insert(v.end(), {{"destroy", " { delete Current(); }"},
-                       {"construct", Fill("    choiceId = ${first}Cid;\n    this->$first = nullptr;\n", v)}});
+                       {"construct", Fill("        choiceId = ${first}Cid;\n        this->$first = nullptr;\n", v)},
+                       {"o", " o"},
+                       {"copyInit", ", choiceId(o.choiceId)"},
+                       {"copy", "    switch (choiceId) {\n" +
+                                    ForMembers("    case $cid:\n        $m = AsnCopyAlt(o.$name);\n        break;\n", c, v) +
+                                    Fill("    default:\n        this->$first = nullptr;\n    }\n", v)}});
     t.Both(kConstructionDecls, kConstruction, v);
 
     // A copy selects the source's alternative and copies its value; a merge
@@ -95,9 +105,10 @@ AsnLen $T::BEnc(AsnBuf& b) const { return BEncContent(b); }
 )",
            v);
 
-    v.emplace_back("decode", ForMembers(c, v, DecodeAlt));
+    v.emplace_back("shift", std::to_string(c.tagShift));
+    v.emplace_back("decode", ForMembers(c, v, [&](const Alt& m, const Vars& mv) { return DecodeAlt(m, mv, c.tagShift); }));
     t.Both(kDecodeDecls, R"(void $T::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
-    switch (tag) {
+    switch (tag >> $shift) {
 $decode    default:
         AsnDecodeFail(env, $choiceCode, AsnChoiceTagText);
     }
@@ -112,8 +123,8 @@ void $T::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 )",
            v);
 
-    v.emplace_back("print", ForMembers("    case $cid:\n        AsnPrintChoice(os, \"$name\", $m);\n        break;\n", c, v));
-    t.Both(kPrintDecls, R"(void $T::Print(std::ostream& os) const {
+    v.emplace_back("print", ForMembers("    case $cid:\n        AsnPrintChoice(out, \"$name\", $m);\n        break;\n", c, v));
+    t.Both(kPrintDecls, R"(void $T::PrintTo(AsnPrintOut& out) const {
     switch (choiceId) {
 $print    }
 }
@@ -141,11 +152,11 @@ const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
     std::string accepts;
     for (const Alt& m : c.members)
         for (uint32_t tag : m.accepts)
-            accepts += "        case " + TagConst(tag) + ":\n";
+            accepts += "        case " + TagCase(tag, c.tagShift) + ":\n";
     v.emplace_back("accepts", accepts);
     t.header += Fill(R"(    // Whether an element with this tag is one of the alternatives.
     static bool AcceptsTag(AsnTag tag) {
-        switch (tag) {
+        switch (tag >> $shift) {
 $accepts            return true;
         default:
             return false;

@@ -24,7 +24,7 @@ public:
     AsnListElmt* curr;  // the cursor; null when no element is current
     AsnListElmt* last;
 
-    $T();
+    $T() : count(0), first(nullptr), curr(nullptr), last(nullptr) {}
     $T(const $T& o);
     ~$T() override;
     $T& operator=(const $T& o);
@@ -62,9 +62,7 @@ public:
 
 )";
 
-const char* const kList = R"($T::$T() : count(0), first(nullptr), curr(nullptr), last(nullptr) {}
-
-$T::$T(const $T& o) : AsnType(), count(0), first(nullptr), curr(nullptr), last(nullptr) { *this = o; }
+const char* const kList = R"($T::$T(const $T& o) : AsnType(), count(0), first(nullptr), curr(nullptr), last(nullptr) { *this = o; }
 
 $T::~$T() { AsnListClear(*this); }
 
@@ -115,7 +113,7 @@ const char* const kListCodecDecls = R"(    AsnLen BEncContent(AsnBuf& b) const;
     AsnLen BEnc(AsnBuf& b) const override;
     void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
     AsnType* _getref(const char* name, bool create = false) override;
 
@@ -129,7 +127,7 @@ void $T::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, De
     AsnListDecContent(*this, b, elmtLen, bytesDecoded, env, $listElmtCode);
 }
 
-void $T::Print(std::ostream& os) const { AsnListPrint(*this, os); }
+void $T::PrintTo(AsnPrintOut& out) const { AsnListPrint(*this, out); }
 
 const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
 

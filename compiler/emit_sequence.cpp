@@ -43,10 +43,10 @@ std::string DecodeRow(const Row& m, const Vars& v) {
 std::string PrintRow(const Row& m, const Vars& v) {
     std::string out;
     if (m.separator == Row::Separator::IfSet)
-        out += Fill("    if ($m)\n        AsnPrintSeparator(os);\n", v);
+        out += Fill("    if ($m)\n        AsnPrintSeparator(out);\n", v);
     if (m.separator == Row::Separator::IfSetAfterAny)
-        out += Fill("    if ($m && anySet)\n        AsnPrintSeparator(os);\n", v);
-    out += Fill("    AsnPrintMember(os, \"$name\", $m, $last);\n", v);
+        out += Fill("    if ($m && anySet)\n        AsnPrintSeparator(out);\n", v);
+    out += Fill("    AsnPrintMember(out, \"$name\", $m, $last);\n", v);
     if (m.noteSet)
         out += Fill("    anySet = anySet || $m;\n", v);
     return out;
@@ -65,7 +65,12 @@ ClassText EmitSequence(const TypeModel& c) {
                (empty ? "" : "\n");
 
     v.emplace_back("destroy", " {\n" + ForMembers("    delete $m;\n", c, v, IsPointer) + "}");
-    v.emplace_back("construct", ForMembers("    $m = nullptr;\n", c, v, IsPointer));
+    v.emplace_back("construct", ForMembers("        $m = nullptr;\n", c, v, IsPointer));
+    // A copy constructs each member from the source's: embedded ones in
+    // place, pointer ones into one new block each.
+    v.emplace_back("o", empty ? "" : " o");
+    v.emplace_back("copyInit", ForMembers(", $name(o.$name)", c, v, [](const Row& m) { return !m.pointer; }));
+    v.emplace_back("copy", ForMembers("    $m = AsnCopy(o.$name);\n", c, v, IsPointer));
     t.Both(kConstructionDecls, kConstruction, v);
 
     // Assignment makes a deep copy; the merge keeps what the source lacks.
@@ -126,11 +131,11 @@ $decode}
            v);
     t.source += Fill(kDecodeWhole, v);
 
-    v.emplace_back("print", empty ? "    AsnPrintEmptySeq(os);\n"
-                                  : std::string("    AsnPrintOpen(os);\n") +
+    v.emplace_back("print", empty ? "    AsnPrintEmptySeq(out);\n"
+                                  : std::string("    AsnPrintOpen(out);\n") +
                                         (c.tracksSet ? "    bool anySet = false;\n" : "") +
-                                        ForMembers(c, v, PrintRow) + "    AsnPrintClose(os);\n");
-    t.Both(kPrintDecls, R"(void $T::Print(std::ostream& os) const {
+                                        ForMembers(c, v, PrintRow) + "    AsnPrintClose(out);\n");
+    t.Both(kPrintDecls, R"(void $T::PrintTo(AsnPrintOut& out) const {
 $print}
 
 const AsnTypeDesc* $T::_getdesc() const { return &_desc; }

@@ -147,23 +147,17 @@ std::string TagConst(uint32_t tag) {
     return buf;
 }
 
-const char* const kConstructionDecls = R"(    $T();
+const char* const kConstructionDecls = R"(    $T() { ConstructHelper(); }
     $T(const $T& o);
     ~$T() override;
-    void ConstructHelper();
+    void ConstructHelper() {
+$construct    }
     AsnType* Clone() const override;
 )";
-const char* const kConstruction = R"($T::$T() { ConstructHelper(); }
-
-$T::$T(const $T& o) : AsnType() {
-    ConstructHelper();
-    *this = o;
-}
+const char* const kConstruction = R"($T::$T(const $T&$o) : AsnType()$copyInit {
+$copy}
 
 $T::~$T()$destroy
-
-void $T::ConstructHelper() {
-$construct}
 
 AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
 
@@ -191,7 +185,7 @@ const char* const kDecodeWhole = R"(void $T::BDec(AsnBuf& b, AsnLen& bytesDecode
 }
 
 )";
-const char* const kPrintDecls = R"(    void Print(std::ostream& os) const override;
+const char* const kPrintDecls = R"(    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 )";
 

@@ -86,6 +86,9 @@ struct TypeModel {
     bool allOptional = false;
     bool hasPointer = false;
     bool tracksSet = false;          // the printer remembers whether a member was set
+    // Choice: its switch on a tag takes the tag shifted right by this many
+    // bits, past the low octets that are zero in every alternative's tag.
+    int tagShift = 0;
 
     // List: the element class. Alias: the direct base class.
     std::string baseClass;

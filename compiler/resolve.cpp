@@ -27,7 +27,7 @@ const std::set<std::string> kCppWords = {
 
 // Names a class of the runtime already uses for its own members.
 const std::set<std::string> kValueMemberNames = {"value", "bitLen", "bits", "Set", "ReSet",
-                                                 "Clone", "Print", "BEnc", "BDec", "_desc",
+                                                 "Clone", "Print", "PrintTo", "BEnc", "BDec", "_desc",
                                                  "_nmdescs", "_getdesc", "_getref"};
 
 // Names the runtime declares outside the namespace and the generated code
@@ -42,13 +42,14 @@ const std::set<std::string> kRuntimeNames = {
     "BEncTag", "BEncLenTag", "BEncShortLenTag", "AsnDecodeFail", "AsnWarn", "AsnSeqTailEnds",
     "AsnSeqEnd", "AsnEmptySeqContent", "AsnDecWhole", "AsnPrintOpen", "AsnPrintClose",
     "AsnPrintEmptySeq", "AsnPrintSeparator", "AsnPrintMember", "AsnPrintChoice", "AsnAssign",
-    "AsnMergeLeaf", "AsnMerge", "AsnRef", "AsnCreate", "AsnNameIs", "AsnListRefName",
+    "AsnMergeLeaf", "AsnMerge", "AsnCopy", "AsnCopyAlt", "AsnRef", "AsnCreate", "AsnNameIs", "AsnListRefName",
     "AsnListRefKind", "AsnListRefNone", "AsnListRefIndex", "AsnListRefInsert",
     "AsnMissingElmtText", "AsnLengthDiscrepancyText", "AsnUnexpectedTagText", "AsnChoiceTagText",
     "AsnEmptySequenceText", "AsnConstructedBit", "AsnElmtOf", "AsnListLink", "AsnListRemoveCurr",
     "AsnListClear", "AsnListAssign", "AsnListSetCurr", "AsnListCurrIndex", "AsnListInsert",
     "AsnListInsertBefore", "AsnListInsertAfter", "AsnListCopyBefore", "AsnListCopyAfter",
-    "AsnListEncContent", "AsnListDecContent", "AsnListPrint", "AsnListRef", "AsnListForEach"};
+    "AsnListEncContent", "AsnListDecContent", "AsnListPrint", "AsnListRef", "AsnListForEach",
+    "AsnPrintOut"};
 
 void CheckCppName(const Where& where, const std::string& name, const char* what) {
     if (kCppWords.count(name))
@@ -327,6 +328,8 @@ private:
             }
             if (c->shape == TypeModel::Sequence)
                 PlaceRows(c);
+            else
+                c->tagShift = TagShift(*c);
             break;
         }
         case TypeModel::List: {
@@ -359,6 +362,22 @@ private:
         case TypeModel::Alias:
             break;
         }
+    }
+
+    // The shift of a choice's tag switch. Its cases are then small numbers
+    // close together, which the C++ compiler makes a jump table of, where
+    // whole tag words (0xBF830100, 0xBF830200, ...) became a tree of
+    // comparisons. A tag read maps to an alternative's case only if it is
+    // that tag: the bits shifted out are zero in every tag of one or two
+    // octets, and a longer tag read keeps a continuation bit above the
+    // shift, which no alternative of one or two octets has.
+    static int TagShift(const TypeModel& c) {
+        int shift = 24;
+        for (const MemberModel& m : c.members)
+            for (uint32_t tag : m.accepts)
+                while (shift > 8 && (tag & ((1u << shift) - 1)))
+                    shift -= 8;
+        return shift;
     }
 
     // The decisions that follow from a row's place in its sequence: the

@@ -13,13 +13,19 @@
 // callers whatever the compiler's estimate of their size.
 #define ZOL_ALWAYS_INLINE inline __attribute__((always_inline))
 
-// Copies `n` bytes. Texts of the protocol are mostly shorter than 17
+// Copies `n` bytes. Texts of the protocol are mostly shorter than 33
 // bytes; those are moved with a few loads and stores inline, which cost
 // less than the call into the C library that memcpy of an unknown length
 // becomes. Both ends of the source are loaded before anything is stored.
 ZOL_ALWAYS_INLINE void AsnCopyBytes(char* dst, const char* src, size_t n) {
-    if (n > 16) {
+    if (n > 32) {
         std::memcpy(dst, src, n);
+    } else if (n > 16) {
+        char head[16], tail[16];
+        std::memcpy(head, src, 16);
+        std::memcpy(tail, src + n - 16, 16);
+        std::memcpy(dst, head, 16);
+        std::memcpy(dst + n - 16, tail, 16);
     } else if (n >= 8) {
         uint64_t head, tail;
         std::memcpy(&head, src, 8);

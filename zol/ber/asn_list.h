@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <new>
-#include <ostream>
 #include <type_traits>
 
 #include "zol/ber/pattern.h"
@@ -69,7 +68,7 @@ void AsnListAssign(L& l, const L& o) {
         return;
     AsnListClear(l);
     for (auto* p = o.first; p; p = p->next)
-        *AsnListLink(l, l.last, nullptr, new AsnElmtOf<L>) = *p->elmt;
+        AsnListLink(l, l.last, nullptr, new AsnElmtOf<L>(*p->elmt));
     l.curr = nullptr;
 }
 
@@ -153,19 +152,20 @@ void AsnListDecContent(L& l, AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, De
 }
 
 template <class L>
-void AsnListPrint(const L& l, std::ostream& os) {
-    os << "{ -- SEQUENCE/SET OF -- " << std::endl;
+void AsnListPrint(const L& l, AsnPrintOut& out) {
+    out.Put("{ -- SEQUENCE/SET OF -- ");
+    out.EndLine();
     indentLevel = static_cast<unsigned short>(indentLevel + indentStep);
     for (auto* p = l.first; p; p = p->next) {
-        Indent(os, indentLevel);
-        os << *p->elmt;
+        out.Blanks(indentLevel);
+        p->elmt->PrintTo(out);
         if (p != l.last)
-            os << ",";
-        os << std::endl;
+            out.Put(",");
+        out.EndLine();
     }
     indentLevel = static_cast<unsigned short>(indentLevel - indentStep);
-    Indent(os, indentLevel);
-    os << "}";
+    out.Blanks(indentLevel);
+    out.Put("}");
 }
 
 // "N" is the element at N; "insert N" makes a new one there. The cursor

@@ -7,18 +7,26 @@
 #include <iosfwd>
 #include <new>
 
+#include "zol/ber/asn_pool.h"
 #include "zol/ber/ber.h"
 
 struct AsnTypeDesc;
+class AsnPrintOut;
 
 class AsnType {
 public:
-    virtual ~AsnType();
+    virtual ~AsnType() {}
     // A new copy on the heap, owned by the caller; null if allocation fails.
     virtual AsnType* Clone() const;
     virtual void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env);
     virtual AsnLen BEnc(AsnBuf& b) const;
+    // The value as indented text. The library's classes override PrintTo,
+    // which gathers each line before writing it (asn_print.h); Print
+    // hands it a printer of its own. A class of yours that overrides Print
+    // instead is printed through it wherever it is held: the default
+    // PrintTo hands the stream over to it.
     virtual void Print(std::ostream& os) const;
+    virtual void PrintTo(AsnPrintOut& out) const;
     virtual const AsnTypeDesc* _getdesc() const;
     // A member by name; with `create`, an absent member is made first.
     virtual AsnType* _getref(const char* name, bool create = false);
@@ -29,20 +37,23 @@ public:
 
     static const AsnTypeDesc _desc;
 
-    // Every value of the library is allocated through these. Blocks of up
-    // to 256 bytes come from free lists of this thread, which keep what
-    // values of their size gave back (a decoded message is freed and the
-    // next one takes the same blocks) and are emptied when the thread
-    // ends; larger ones, and all of them in sanitizer builds, come from
-    // malloc. Ownership is unchanged: a value is deleted through its
-    // virtual destructor, which passes its size back.
-    static void* operator new(std::size_t size);
-    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    // Every value of the library is allocated through these, from the
+    // blocks of asn_pool.h. Ownership is unchanged: a value is deleted
+    // through its virtual destructor, which passes its size back.
+    static void* operator new(std::size_t size) {
+        if (void* p = AsnPoolTake(size))
+            return p;
+        throw std::bad_alloc();
+    }
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return AsnPoolTake(size); }
     static void* operator new(std::size_t, void* where) noexcept { return where; }
-    static void operator delete(void* p, std::size_t size) noexcept;
+    static void operator delete(void* p, std::size_t size) noexcept { AsnPoolGive(p, size); }
+    // Only when a constructor throws out of a nothrow new, with the size
+    // unknown: every block, pooled or not, came from malloc.
     static void operator delete(void* p, const std::nothrow_t&) noexcept;
     static void operator delete(void*, void*) noexcept {}
-    // The number of values this thread has allocated so far.
+    // The number of blocks this thread has allocated so far: values, and
+    // the bytes of octet strings and of the character strings.
     static uint64_t Allocations();
 };
 

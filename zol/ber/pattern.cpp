@@ -8,55 +8,64 @@ const char* const AsnUnexpectedTagText = "Unexpected Tag";
 const char* const AsnChoiceTagText = "ERROR - unexpected tag in CHOICE";
 const char* const AsnEmptySequenceText = "Expected an empty sequence";
 
-void AsnPrintOpen(std::ostream& os) {
-    os << "{ -- SEQUENCE --" << std::endl;
+void AsnPrintOpen(AsnPrintOut& out) {
+    out.Put("{ -- SEQUENCE --");
+    out.EndLine();
     indentLevel = static_cast<unsigned short>(indentLevel + indentStep);
 }
 
-void AsnPrintClose(std::ostream& os) {
-    os << std::endl;
+void AsnPrintClose(AsnPrintOut& out) {
+    out.EndLine();
     indentLevel = static_cast<unsigned short>(indentLevel - indentStep);
-    Indent(os, indentLevel);
-    os << "}";
+    out.Blanks(indentLevel);
+    out.Put("}");
 }
 
-void AsnPrintEmptySeq(std::ostream& os) {
-    os << "{ -- SEQUENCE --" << std::endl;
-    Indent(os, indentLevel);
-    os << "}";
+void AsnPrintEmptySeq(AsnPrintOut& out) {
+    out.Put("{ -- SEQUENCE --");
+    out.EndLine();
+    out.Blanks(indentLevel);
+    out.Put("}");
 }
 
-void AsnPrintSeparator(std::ostream& os) { os << "," << std::endl; }
+void AsnPrintSeparator(AsnPrintOut& out) {
+    out.Put(",");
+    out.EndLine();
+}
 
 // An embedded member always has a value; all but the last end their line.
-void AsnPrintMember(std::ostream& os, const char* name, const AsnType& v, bool last) {
-    Indent(os, indentLevel);
-    os << name << ' ' << v;
+void AsnPrintMember(AsnPrintOut& out, const char* name, size_t nameLen, const AsnType& v, bool last) {
+    out.Blanks(indentLevel);
+    out.Put(name, nameLen);
+    out.Put(' ');
+    v.PrintTo(out);
     if (!last)
-        os << "," << std::endl;
+        AsnPrintSeparator(out);
 }
 
 // A set pointer member writes no separator of its own; an absent one
 // writes a void line.
-void AsnPrintMember(std::ostream& os, const char* name, const AsnType* v, bool last) {
-    Indent(os, indentLevel);
-    os << name << ' ';
-    if (v)
-        os << *v;
-    else if (last)
-        os << "-- void --" << std::endl;
-    else
-        os << "-- void --" << "," << std::endl;
+void AsnPrintMember(AsnPrintOut& out, const char* name, size_t nameLen, const AsnType* v, bool last) {
+    out.Blanks(indentLevel);
+    out.Put(name, nameLen);
+    out.Put(' ');
+    if (v) {
+        v->PrintTo(out);
+        return;
+    }
+    out.Put(last ? "-- void --" : "-- void --,");
+    out.EndLine();
 }
 
-void AsnPrintChoice(std::ostream& os, const char* name, const AsnType* v) {
+void AsnPrintChoice(AsnPrintOut& out, const char* name, size_t nameLen, const AsnType* v) {
     if (!name)
         return;
-    os << name << ' ';
+    out.Put(name, nameLen);
+    out.Put(' ');
     if (v)
-        os << *v;
+        v->PrintTo(out);
     else
-        os << "-- void3 --\n";
+        out.Put("-- void3 --\n");
 }
 
 AsnListRefKind AsnListRefName(const char* name, unsigned long* n) {

@@ -6,8 +6,8 @@
 
 #include <cstring>
 #include <new>
-#include <ostream>
 
+#include "zol/ber/asn_print.h"
 #include "zol/ber/asn_type.h"
 
 // Decoding texts shared by the generated classes.
@@ -21,7 +21,7 @@ extern const char* const AsnEmptySequenceText;
 // definite length is used up, or when an indefinite one ends with an
 // end-of-contents read as the next tag. Otherwise the next tag is read
 // into `tag` and false is returned.
-inline bool AsnSeqTailEnds(AsnBuf& b, AsnLen elmtLen, AsnLen& seqBytes, AsnLen& bytesDecoded,
+ZOL_ALWAYS_INLINE bool AsnSeqTailEnds(AsnBuf& b, AsnLen elmtLen, AsnLen& seqBytes, AsnLen& bytesDecoded,
                            AsnTag& tag, DecodeEnv env) {
     if (seqBytes == elmtLen) {
         bytesDecoded += seqBytes;
@@ -58,38 +58,66 @@ inline void AsnEmptySeqContent(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, 
 
 // Printing: composite values open and close a block; each member writes
 // one line, or part of one, by the layout of its row.
-void AsnPrintOpen(std::ostream& os);
-void AsnPrintClose(std::ostream& os);
-void AsnPrintEmptySeq(std::ostream& os);
-void AsnPrintSeparator(std::ostream& os);
-void AsnPrintMember(std::ostream& os, const char* name, const AsnType& v, bool last);
-void AsnPrintMember(std::ostream& os, const char* name, const AsnType* v, bool last);
-void AsnPrintChoice(std::ostream& os, const char* name, const AsnType* v);
+void AsnPrintOpen(AsnPrintOut& out);
+void AsnPrintClose(AsnPrintOut& out);
+void AsnPrintEmptySeq(AsnPrintOut& out);
+void AsnPrintSeparator(AsnPrintOut& out);
+void AsnPrintMember(AsnPrintOut& out, const char* name, size_t nameLen, const AsnType& v, bool last);
+void AsnPrintMember(AsnPrintOut& out, const char* name, size_t nameLen, const AsnType* v, bool last);
+void AsnPrintChoice(AsnPrintOut& out, const char* name, size_t nameLen, const AsnType* v);
+// The same with a name written in the code, whose length is known.
+template <size_t N>
+inline void AsnPrintMember(AsnPrintOut& out, const char (&name)[N], const AsnType& v, bool last) {
+    AsnPrintMember(out, name, N - 1, v, last);
+}
+template <size_t N>
+inline void AsnPrintMember(AsnPrintOut& out, const char (&name)[N], const AsnType* v, bool last) {
+    AsnPrintMember(out, name, N - 1, v, last);
+}
+template <size_t N>
+inline void AsnPrintChoice(AsnPrintOut& out, const char (&name)[N], const AsnType* v) {
+    AsnPrintChoice(out, name, N - 1, v);
+}
 
-// Pointer members: assignment makes the target a deep copy or deletes it;
+// Pointer members: a copy constructs each one from the source's in a new
+// block (a choice's alternative always, an empty one where the source
+// holds none); assignment makes the target a deep copy or deletes it;
 // merge keeps what the source lacks, overwriting leaves and merging
 // composites; by-name access creates on demand.
 template <class T>
+inline T* AsnCopy(const T* src) {
+    return src ? new T(*src) : nullptr;
+}
+
+template <class T>
+inline T* AsnCopyAlt(const T* src) {
+    return src ? new T(*src) : new T;
+}
+
+template <class T>
 inline void AsnAssign(T*& dst, const T* src) {
-    if (src) {
-        if (!dst)
-            dst = new T;
-        *dst = *src;
-    } else {
+    if (!src) {
         delete dst;
         dst = nullptr;
+    } else if (dst) {
+        *dst = *src;
+    } else {
+        dst = new T(*src);
     }
 }
 
 template <class T>
 inline void AsnMergeLeaf(T*& dst, const T* src) {
-    if (src) {
-        if (!dst)
-            dst = new T;
+    if (!src)
+        return;
+    if (dst)
         *dst = *src;
-    }
+    else
+        dst = new T(*src);
 }
 
+// A composite merged into a new one is not always its copy: a new choice
+// holds no object, which a merge of an empty alternative leaves so.
 template <class T>
 inline void AsnMerge(T*& dst, const T* src) {
     if (src) {

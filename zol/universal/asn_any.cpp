@@ -133,9 +133,9 @@ void AsnAny::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
 
 AsnLen AsnAny::BEnc(AsnBuf& b) const { return value ? value->BEnc(b) : AsnType::BEnc(b); }
 
-void AsnAny::Print(std::ostream& os) const {
+void AsnAny::PrintTo(AsnPrintOut& out) const {
     if (value)
-        value->Print(os);
+        value->PrintTo(out);
     else
-        AsnType::Print(os);
+        AsnType::PrintTo(out);
 }

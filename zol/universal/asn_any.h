@@ -84,5 +84,5 @@ public:
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     // Without a value these are those of AsnType: an improperly formed ANY.
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
 };

@@ -2,9 +2,8 @@
 
 #include <cstring>
 #include <new>
-#include <ostream>
 
-#include "zol/universal/asn_decimal.h"
+#include "zol/ber/asn_print.h"
 #include "zol/universal/asn_octs.h"
 #include "zol/universal/asn_segments.h"
 
@@ -151,14 +150,10 @@ void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
     bitLen = total * 8 - pendingUnusedBits;
 }
 
-void AsnBits::Print(std::ostream& os) const {
-    static const char hex[] = "0123456789abcdef";
-    os << '\'';
-    for (size_t i = 0, n = OctetLen(); i < n; ++i) {
-        unsigned char c = static_cast<unsigned char>(bits[i]);
-        os << hex[c >> 4] << hex[c & 0x0F];
-    }
-    os << "'H  -- BIT STRING bitlen = ";
-    AsnPrintDecimal(os, bitLen);
-    os << " --";
+void AsnBits::PrintTo(AsnPrintOut& out) const {
+    out.Put('\'');
+    out.Hex(bits, OctetLen());
+    out.Put("'H  -- BIT STRING bitlen = ");
+    out.Decimal(uint64_t(bitLen));
+    out.Put(" --");
 }

@@ -47,7 +47,7 @@ public:
     AsnType* Clone() const override;
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 
     AsnLen BEncContent(AsnBuf& b) const;

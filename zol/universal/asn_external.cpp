@@ -1,7 +1,7 @@
 #include "zol/universal/asn_external.h"
 
+#include <cstring>
 #include <new>
-#include <ostream>
 
 #include "zol/ber/pattern.h"
 
@@ -128,9 +128,10 @@ void EXTERNALChoice::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& 
     }
 }
 
-void EXTERNALChoice::Print(std::ostream& os) const {
+void EXTERNALChoice::PrintTo(AsnPrintOut& out) const {
     static const char* const names[3] = {"single-ASN1-type", "octet-aligned", "arbitrary"};
-    AsnPrintChoice(os, choiceId >= 0 && choiceId <= 2 ? names[choiceId] : nullptr, value);
+    if (choiceId >= 0 && choiceId <= 2)
+        AsnPrintChoice(out, names[choiceId], std::strlen(names[choiceId]), value);
 }
 
 // EXTERNAL
@@ -234,11 +235,11 @@ void EXTERNAL::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecod
         AsnDecodeFail(env, AsnExternalLengthCode, AsnLengthDiscrepancyText);
 }
 
-void EXTERNAL::Print(std::ostream& os) const {
-    AsnPrintOpen(os);
-    AsnPrintMember(os, "direct-reference", direct_reference, false);
-    AsnPrintMember(os, "indirect-reference", indirect_reference, false);
-    AsnPrintMember(os, "data-value-descriptor", data_value_descriptor, false);
-    AsnPrintMember(os, "encoding", encoding, true);
-    AsnPrintClose(os);
+void EXTERNAL::PrintTo(AsnPrintOut& out) const {
+    AsnPrintOpen(out);
+    AsnPrintMember(out, "direct-reference", direct_reference, false);
+    AsnPrintMember(out, "indirect-reference", indirect_reference, false);
+    AsnPrintMember(out, "data-value-descriptor", data_value_descriptor, false);
+    AsnPrintMember(out, "encoding", encoding, true);
+    AsnPrintClose(out);
 }

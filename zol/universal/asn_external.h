@@ -48,7 +48,7 @@ public:
     // `tag` and `elmtLen` are those of the alternative's element.
     void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
 
 private:
     // A new empty value of the class of `choiceId`, or null.
@@ -81,5 +81,5 @@ public:
     AsnLen BEnc(AsnBuf& b) const override;
     void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
 };

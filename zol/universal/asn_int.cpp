@@ -1,9 +1,8 @@
 #include "zol/universal/asn_int.h"
 
 #include <new>
-#include <ostream>
 
-#include "zol/universal/asn_decimal.h"
+#include "zol/ber/asn_print.h"
 
 const AsnNamesTypeDesc AsnInt::_desc(nullptr, nullptr, false, AsnTypeDesc::INTEGER, nullptr, nullptr);
 const AsnEnumTypeDesc AsnEnum::_desc(nullptr, nullptr, false, AsnTypeDesc::ENUMERATED, nullptr, nullptr);
@@ -27,7 +26,7 @@ void AsnInt::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnDecWhole(*this, b, bytesDecoded, env, AsnIntegerTag, AsnIntWrongTagCode, "AsnInt::BDec: ERROR tag on INTEGER is wrong.");
 }
 
-void AsnInt::Print(std::ostream& os) const { AsnPrintDecimal(os, value); }
+void AsnInt::PrintTo(AsnPrintOut& out) const { out.Decimal(int64_t(value)); }
 
 const AsnTypeDesc* AsnInt::_getdesc() const { return &_desc; }
 
@@ -53,7 +52,7 @@ void AsnBool::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnDecWhole(*this, b, bytesDecoded, env, AsnBooleanTag, AsnBoolWrongTagCode, "AsnBool::BDec: ERROR tag on BOOLEAN wrong.");
 }
 
-void AsnBool::Print(std::ostream& os) const { os << (value ? "TRUE" : "FALSE"); }
+void AsnBool::PrintTo(AsnPrintOut& out) const { out.Put(value ? "TRUE" : "FALSE"); }
 
 const AsnTypeDesc* AsnBool::_getdesc() const { return &_desc; }
 
@@ -67,6 +66,6 @@ void AsnNull::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     AsnDecWhole(*this, b, bytesDecoded, env, AsnNullTag, AsnNullWrongTagCode, "AsnNull::BDec: ERROR tag on NULL is wrong.");
 }
 
-void AsnNull::Print(std::ostream& os) const { os << "NULL"; }
+void AsnNull::PrintTo(AsnPrintOut& out) const { out.Put("NULL"); }
 
 const AsnTypeDesc* AsnNull::_getdesc() const { return &_desc; }

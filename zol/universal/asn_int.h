@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "zol/ber/asn_type.h"
 #include "zol/meta/asn_desc.h"
@@ -26,7 +27,7 @@ public:
     AsnType* Clone() const override;
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 
     // The number of octets of `v` in two's complement, fewest first: the
@@ -73,8 +74,22 @@ public:
         b.dataBegin = BPutTagUnchecked(p, tag);
         return len + 1 + BTagLen(tag);
     }
-    // Takes non-minimal forms; a content of 0 octets still reads one.
-    void BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
+    // Takes non-minimal forms; a content of 0 octets still reads one. Where
+    // four octets lie ahead they are loaded at once and shifted down to the
+    // content's.
+    ZOL_ALWAYS_INLINE void BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded,
+                                       DecodeEnv env) {
+        if (__builtin_expect(elmtLen - 1 < 4 && !b.readFailed && b.dataEnd - b.readPos >= 4, 1)) {
+            uint32_t word;
+            std::memcpy(&word, b.readPos, 4);
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+            word = __builtin_bswap32(word);
+#endif
+            value = static_cast<int32_t>(word) >> (32 - 8 * elmtLen);
+            b.readPos += elmtLen;
+            bytesDecoded += elmtLen;
+            return;
+        }
         if (elmtLen > 4)
             AsnDecodeFail(env, AsnIntTooBigCode, "AsnInt::BDecContent: ERROR - integer is too big to decode.");
         uint32_t v = static_cast<uint32_t>(static_cast<int32_t>(static_cast<int8_t>(b.GetByte())));
@@ -126,7 +141,7 @@ public:
     AsnType* Clone() const override;
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 
     AsnLen BEncContent(AsnBuf& b) const {
@@ -165,7 +180,7 @@ public:
     AsnType* Clone() const override;
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 
     AsnLen BEncContent(AsnBuf&) const { return 0; }

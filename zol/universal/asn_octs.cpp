@@ -3,8 +3,9 @@
 #include <cctype>
 #include <cstring>
 #include <new>
-#include <ostream>
 
+#include "zol/ber/asn_pool.h"
+#include "zol/ber/asn_print.h"
 #include "zol/universal/asn_segments.h"
 
 const AsnTypeDesc AsnOcts::_desc(nullptr, nullptr, false, AsnTypeDesc::OCTET_STRING, nullptr);
@@ -53,10 +54,22 @@ const AsnSegmentKind kOctetPieces = {
 
 // AsnOcts
 
-AsnOcts::~AsnOcts() { delete[] octs; }
+namespace {
+
+// The bytes of a value, octetLen of them and the NUL, live in a block of
+// the value pool: a string costs what a value costs to allocate and free.
+char* NewBytes(size_t len) {
+    if (void* p = AsnPoolTake(len + 1))
+        return static_cast<char*>(p);
+    throw std::bad_alloc();
+}
+
+void FreeBytes(char* octs, size_t len) { AsnPoolGive(octs, len + 1); }
+
+}  // namespace
 
 void AsnOcts::Set(const char* str, size_t len) {
-    octs = new char[len + 1];
+    octs = NewBytes(len);
     AsnCopyBytes(octs, str, len);
     octs[len] = '\0';
     octetLen = len;
@@ -75,8 +88,9 @@ void AsnOcts::ReSet(const char* str, size_t len) {
     if (str == octs)
         return;
     char* old = octs;
+    size_t oldLen = octetLen;
     Set(str, len);
-    delete[] old;
+    FreeBytes(old, oldLen);
 }
 
 void AsnOcts::ReSet(const char* str) { ReSet(str, std::strlen(str)); }
@@ -114,8 +128,8 @@ void AsnOcts::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {
     BDecWithTag(b, bytesDecoded, env, 0x04, AsnOctsWrongTagCode, "AsnOcts::BDec: ERROR tag on OCTET STRING is wrong.");
 }
 
-void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
-                          DecodeEnv env) {
+void AsnOcts::BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
+                              DecodeEnv env) {
     if (tag & AsnConstructedBit) {
         BDecConsOcts(b, elmtLen, bytesDecoded, env);
         return;
@@ -125,13 +139,7 @@ void AsnOcts::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
     char* src = b.GetSeg(&n);
     if (n < elmtLen || b.ReadError())
         AsnDecodeFail(env, AsnOctsPastEndCode, "BDecOctetString: ERROR - decoded past end of data");
-    // A value decoded again (an open type's clone of its prototype) gives
-    // up what it held; a fresh one holds nothing.
-    delete[] octs;
-    octs = new char[n + 1];
-    AsnCopyBytes(octs, src, n);
-    octs[n] = '\0';
-    octetLen = n;
+    AsnCopyBytes(Renew(n), src, n);
     bytesDecoded += elmtLen;
 }
 
@@ -141,43 +149,48 @@ void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
         AsnPushSegment(b, len, env, AsnConsOctsPastEndCode,
                        "BDecConsOctetString: ERROR - attempt to decode past end of data");
     });
-    octetLen = stringStack.totalByteLen;
-    delete[] octs;
-    octs = new char[octetLen + 1];
-    stringStack.CopyOut(octs);
-    octs[octetLen] = '\0';
+    stringStack.CopyOut(Renew(stringStack.totalByteLen));
 }
 
-// The text is gathered in a local block and written a block at a time:
-// one character at a time through the stream costs a sentry each. The
-// opening quote goes first on its own, so that a field width set on the
-// stream pads it as it always did.
-void AsnOcts::Print(std::ostream& os) const {
-    static const char hex[] = "0123456789abcdef";
-    os << '\'';
-    char out[256];
-    size_t n = 0;
-    auto put = [&](char c) {
-        if (n == sizeof out) {
-            os.write(out, std::streamsize(n));
-            n = 0;
-        }
-        out[n++] = c;
-    };
-    for (size_t i = 0; i < octetLen; ++i) {
-        unsigned char c = static_cast<unsigned char>(octs[i]);
-        put(hex[c >> 4]);
-        put(hex[c & 0x0F]);
+// A value decoded again (an open type's clone of its prototype) gives up
+// what it held; a fresh one holds nothing.
+char* AsnOcts::Renew(size_t len) {
+    char* bytes = NewBytes(len);
+    bytes[len] = '\0';
+    FreeBytes(octs, octetLen);
+    octs = bytes;
+    octetLen = len;
+    return bytes;
+}
+
+namespace {
+
+// How a byte shows in the text form: a blank for white space, a dot for
+// what does not print, else itself, as isspace and isprint of the C
+// library class it. Every locale classes the ASCII bytes alike, so those
+// come from a table; the others are asked of the library.
+char Shown(unsigned char c) {
+    if (c >= 0x80)
+        return std::isspace(c) ? ' ' : std::isprint(c) ? static_cast<char>(c) : '.';
+    if (c == ' ' || (c >= '\t' && c <= '\r'))
+        return ' ';
+    return c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '.';
+}
+
+}  // namespace
+
+void AsnOcts::PrintTo(AsnPrintOut& out) const {
+    out.Put('\'');
+    out.Hex(octs, octetLen);
+    out.Put("'H  -- \"");
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(octs);
+    for (size_t done = 0; done < octetLen;) {
+        size_t k = octetLen - done < 256 ? octetLen - done : 256;
+        char* p = out.Room(k);
+        for (size_t i = 0; i < k; ++i)
+            p[i] = Shown(bytes[done + i]);
+        out.Took(k);
+        done += k;
     }
-    for (const char* t = "'H  -- \""; *t; ++t)
-        put(*t);
-    for (size_t i = 0; i < octetLen; ++i) {
-        unsigned char c = static_cast<unsigned char>(octs[i]);
-        put(std::isspace(c) ? ' ' : std::isprint(c) ? static_cast<char>(c) : '.');
-    }
-    put('"');
-    put(' ');
-    put('-');
-    put('-');
-    os.write(out, std::streamsize(n));
+    out.Put("\" --");
 }

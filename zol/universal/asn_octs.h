@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "zol/ber/asn_pool.h"
 #include "zol/ber/asn_type.h"
 #include "zol/meta/asn_desc.h"
 
@@ -52,14 +53,16 @@ extern StrStk stringStack;
 
 class AsnOcts : public AsnType {
 public:
+    // Read them freely; they change only through Set, ReSet and decoding,
+    // since the block is given back by its length.
     size_t octetLen = 0;    // bytes held, the terminating NUL not counted
-    char* octs = nullptr;   // owned heap copy of octetLen bytes and a NUL
+    char* octs = nullptr;   // owned copy of octetLen bytes and a NUL, in a block of asn_pool.h
 
     AsnOcts() {}
     AsnOcts(const char* str) { Set(str); }
     AsnOcts(const char* str, size_t len) { Set(str, len); }
     AsnOcts(const AsnOcts& o) : AsnType() { Set(o); }
-    ~AsnOcts() override;
+    ~AsnOcts() override { AsnPoolGive(octs, octetLen + 1); }
 
     // Set fills a value that holds nothing; ReSet replaces what it holds.
     void Set(const char* str, size_t len);
@@ -86,7 +89,7 @@ public:
     AsnType* Clone() const override;
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 
     ZOL_ALWAYS_INLINE AsnLen BEncContent(AsnBuf& b) const {
@@ -94,8 +97,20 @@ public:
         return static_cast<AsnLen>(octetLen);
     }
     // Primitive or constructed by the constructed bit of `tag`; the rest of
-    // the tag is not looked at, so context-tagged strings use it too.
-    void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
+    // the tag is not looked at, so context-tagged strings use it too. A
+    // primitive string whose bytes are all there is copied here, inline.
+    ZOL_ALWAYS_INLINE void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded,
+                                       DecodeEnv env) {
+        if (__builtin_expect(!(tag & AsnConstructedBit) && !b.readFailed &&
+                                 elmtLen <= size_t(b.dataEnd - b.readPos),
+                             1)) {
+            AsnCopyBytes(Renew(elmtLen), b.readPos, elmtLen);
+            b.readPos += elmtLen;
+            bytesDecoded += elmtLen;
+            return;
+        }
+        BDecContentSlow(b, tag, elmtLen, bytesDecoded, env);
+    }
 
     static const AsnTypeDesc _desc;
 
@@ -108,5 +123,9 @@ protected:
 
 private:
     bool OctsEquiv(const AsnOcts& o) const;
+    // Every form, with its failures.
+    void BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
+    // Holds a new block of `len` bytes and the NUL in place of the old one.
+    char* Renew(size_t len);
     void BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
 };

@@ -3,9 +3,8 @@
 #include <climits>
 #include <cstring>
 #include <new>
-#include <ostream>
 
-#include "zol/universal/asn_decimal.h"
+#include "zol/ber/asn_print.h"
 
 const AsnTypeDesc AsnOid::_desc(nullptr, nullptr, false, AsnTypeDesc::OBJECT_IDENTIFIER, nullptr);
 
@@ -147,23 +146,23 @@ void AsnOid::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded
 // 16-bit number and limited to 2, and the rest. An empty value prints
 // nothing between the braces; a last subidentifier cut short by the end
 // of the octets prints with the groups it has.
-void AsnOid::Print(std::ostream& os) const {
-    os << '{';
+void AsnOid::PrintTo(AsnPrintOut& out) const {
+    out.Put('{');
     if (!oid) {
-        os << "-- void --";
+        out.Put("-- void --");
     } else if (oidLen) {
         size_t pos = 0;
         unsigned long v = GetSubId(oid, oidLen, pos);
         unsigned long first = static_cast<unsigned short>(v / 40);
         if (first > 2)
             first = 2;
-        AsnPrintDecimal(os, first);
-        os << ' ';
-        AsnPrintDecimal(os, v - 40 * first);
+        out.Decimal(uint64_t(first));
+        out.Put(' ');
+        out.Decimal(uint64_t(v - 40 * first));
         while (pos < oidLen) {
-            os << ' ';
-            AsnPrintDecimal(os, GetSubId(oid, oidLen, pos));
+            out.Put(' ');
+            out.Decimal(uint64_t(GetSubId(oid, oidLen, pos)));
         }
     }
-    os << '}';
+    out.Put('}');
 }

@@ -5,7 +5,8 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <ostream>
+
+#include "zol/ber/asn_print.h"
 
 const AsnTypeDesc AsnReal::_desc(nullptr, nullptr, false, AsnTypeDesc::REAL, nullptr);
 
@@ -16,7 +17,7 @@ AsnType* AsnReal::Clone() const { return new (std::nothrow) AsnReal(*this); }
 
 const AsnTypeDesc* AsnReal::_getdesc() const { return &_desc; }
 
-void AsnReal::Print(std::ostream& os) const { os << value; }
+void AsnReal::PrintTo(AsnPrintOut& out) const { out.Real(value); }
 
 AsnLen AsnReal::BEncContentSlow(AsnBuf& b) const {
     // Zero (either sign) and NaN have empty content.

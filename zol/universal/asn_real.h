@@ -26,7 +26,7 @@ public:
     AsnType* Clone() const override;
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
-    void Print(std::ostream& os) const override;
+    void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
 
     // Base 2, the mantissa in whole octets with the trailing zero ones
@@ -96,8 +96,18 @@ private:
         if (elmtLen - 1 - expLen > 7)
             return false;
         uint64_t mant = 0;
-        for (AsnLen k = 1 + expLen; k < elmtLen; ++k)
-            mant = (mant << 8) | s[k];
+        AsnLen mantLen = elmtLen - 1 - expLen;
+        if (size_t(b.dataEnd - b.readPos) >= 1 + expLen + 8) {
+            // Eight octets lie ahead: one load, the mantissa's kept.
+            std::memcpy(&mant, s + 1 + expLen, 8);
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+            mant = __builtin_bswap64(mant);
+#endif
+            mant = mantLen ? mant >> (64 - 8 * mantLen) : 0;
+        } else {
+            for (AsnLen k = 1 + expLen; k < elmtLen; ++k)
+                mant = (mant << 8) | s[k];
+        }
         if (mant == 0 || ((mant >> __builtin_ctzll(mant)) >> 53))
             return false;
         int log2Base = (first & 0x30) == 0 ? 1 : (first & 0x30) == 0x10 ? 3 : 4;
