@@ -126,8 +126,9 @@ TEST(AsnBuf, OperationsInSequence) {
     b.PutByteRvs('c');
     b.PutSegRvs("ab", 2);
     b.PutSegRvs("", 0);
-    volatile size_t huge = size_t(-1);  // opaque to the compiler, which would warn of the copy
-    static const char source[32] = "xyz";
+    // Both opaque to the compiler, which would warn of the copy.
+    volatile size_t huge = size_t(-1);
+    const char* volatile source = "xyz";
     b.PutSegRvs(source, huge);  // all or nothing, and no wrapping round
     EXPECT_TRUE(b.WriteError());
     EXPECT_EQ(std::string(b.DataPtr(), b.DataLen()), "abc");
