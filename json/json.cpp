@@ -302,7 +302,7 @@ private:
             if (hex.size() % 2)
                 Fail("an odd number of hex digits", j);
             for (size_t i = 0; i < hex.size(); i += 2) {
-                int hi = HexDigit(hex[i]), lo = HexDigit(hex[i + 1]);
+                int hi = AsnHexValue(hex[i]), lo = AsnHexValue(hex[i + 1]);
                 if (hi < 0 || lo < 0)
                     Fail("expected hex digits", j);
                 out += static_cast<char>(hi << 4 | lo);
@@ -310,16 +310,6 @@ private:
             return out;
         }
         Fail("expected a string or {\"hex\": \"...\"}", j);
-    }
-
-    static int HexDigit(char c) {
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F')
-            return c - 'A' + 10;
-        return -1;
     }
 
     static const char* Name(const AsnType& v) { return AsnTypeName(v._getdesc()); }

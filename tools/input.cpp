@@ -7,21 +7,13 @@
 #include <cerrno>
 #include <cstring>
 
+#include "zol/ber/asn_hex.h"
+
 namespace ZolDump {
 
 namespace {
 
 bool Separator(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == ','; }
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
 
 // Enough of a word to recognise it in the failure text.
 const size_t kWordShown = 24;
@@ -93,7 +85,7 @@ void Input::HexText::Feed(const char* text, size_t size, std::string& bytes) {
             wordStart_ = offset_;
         if (word_.size() < kWordShown)
             word_ += c;
-        int digit = HexDigit(c);
+        int digit = AsnHexValue(c);
         if (wordLength_ == 2 && (c == 'x' || c == 'X') && word_[0] == '0')
             digits_ = 0;  // the 0 of 0x was no digit
         else if (digit < 0)

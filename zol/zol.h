@@ -7,6 +7,7 @@
 #include "zol/ber/asn_type.h"
 #include "zol/ber/asn_buffer.h"
 #include "zol/ber/asn_tlv.h"
+#include "zol/ber/asn_hex.h"
 #include "zol/meta/asn_desc.h"
 #include "zol/meta/asn_reflect.h"
 #include "zol/universal/asn_int.h"
