@@ -302,7 +302,7 @@ private:
             if (hex.size() % 2)
                 Fail("an odd number of hex digits", j);
             for (size_t i = 0; i < hex.size(); i += 2) {
-                int hi = AsnHexValue(hex[i]), lo = AsnHexValue(hex[i + 1]);
+                int hi = HexValue(hex[i]), lo = HexValue(hex[i + 1]);
                 if (hi < 0 || lo < 0)
                     Fail("expected hex digits", j);
                 out += static_cast<char>(hi << 4 | lo);

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "zol/ber/asn_hex.h"
+#include "zol/values/hex_digits.h"
 
 namespace ZolDump {
 
@@ -85,7 +85,7 @@ void Input::HexText::Feed(const char* text, size_t size, std::string& bytes) {
             wordStart_ = offset_;
         if (word_.size() < kWordShown)
             word_ += c;
-        int digit = AsnHexValue(c);
+        int digit = Zol::HexValue(c);
         if (wordLength_ == 2 && (c == 'x' || c == 'X') && word_[0] == '0')
             digits_ = 0;  // the 0 of 0x was no digit
         else if (digit < 0)

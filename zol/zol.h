@@ -7,7 +7,6 @@
 #include "zol/ber/asn_type.h"
 #include "zol/ber/asn_buffer.h"
 #include "zol/ber/asn_tlv.h"
-#include "zol/ber/asn_hex.h"
 #include "zol/meta/asn_desc.h"
 #include "zol/meta/asn_reflect.h"
 #include "zol/universal/asn_int.h"
@@ -33,3 +32,4 @@ inline const AsnTypeDesc* FindType(const char* name) { return AsnFindType(AsnMod
 // Display text and conversions of the protocol's values.
 #include "zol/values/zol_convert.h"
 #include "zol/values/zol_format.h"
+#include "zol/values/hex_digits.h"

@@ -3,8 +3,10 @@
 // case.
 #pragma once
 
+namespace Zol {
+
 // The value of the hex digit `c`, or -1 if it is not one.
-inline int AsnHexValue(char c) {
+inline int HexValue(char c) {
     if (c >= '0' && c <= '9')
         return c - '0';
     if (c >= 'a' && c <= 'f')
@@ -13,3 +15,5 @@ inline int AsnHexValue(char c) {
         return c - 'A' + 10;
     return -1;
 }
+
+}  // namespace Zol
