@@ -247,6 +247,28 @@ std::unique_ptr<ZolOrderbookByPriceRep> Book() {
     return rep;
 }
 
+// A burst of order reports as a client reads them from one block: the
+// record of OrderRecord for orders that differ in number, balance and
+// price, one in ten with its statics, the others with the dynamics alone,
+// as a report after a fill carries them.
+const long kBurst = 10000;
+
+std::unique_ptr<ZolQueryRep> Report(long i) {
+    std::unique_ptr<ZolQueryRep> rep = OrderRecord();
+    ZolOrderRep* o = rep->orderRep;
+    *o->seqContext->seqNum = AsnSequenceNumber(int32_t(104233 + i));
+    char orderNo[32];
+    std::snprintf(orderNo, sizeof orderNo, "20240611-%07ld", 1234 + i);
+    o->orderId->orderNo = orderNo;
+    if (i % 10 != 0) {
+        delete o->statics;
+        o->statics = nullptr;
+    }
+    o->dynamics->balance = int32_t(4000 - 100 * (i % 40));
+    o->dynamics->averagePrice->value = 101.37 + 0.01 * double(i % 50);
+    return rep;
+}
+
 // --- constructed strings ----------------------------------------------------
 
 // The kinds of the primitive leaves of `v` in the order they stand on the
@@ -344,6 +366,45 @@ void DecodeLoop(benchmark::State& st, const Case& c) {
     }
 }
 
+// Calls `each(bytes, size)` for every message of a block of messages back
+// to back, each framed by the head of its element as a reader of a stream
+// frames them; false if one is cut or malformed.
+template <class F>
+bool ForEachMessage(const std::string& block, F each) {
+    const char* p = block.data();
+    const char* end = p + block.size();
+    while (p < end) {
+        AsnTlv tlv;
+        if (AsnReadTlv(p, size_t(end - p), tlv) != AsnTlvComplete)
+            return false;
+        each(p, tlv.totalSize);
+        p += tlv.totalSize;
+    }
+    return true;
+}
+
+// A burst: every message decoded into a fresh value, destroyed before
+// the next.
+template <class T>
+void BurstLoop(benchmark::State& st, const Case& c) {
+    for (auto _ : st)
+        ForEachMessage(c.bytes, [](const char* p, size_t n) {
+            T v;
+            int ok = AsnBuffer::Decode(p, n, v);
+            benchmark::DoNotOptimize(ok);
+            benchmark::DoNotOptimize(&v);
+        });
+}
+
+template <class T>
+bool BurstOnce(const std::string& bytes) {
+    bool ok = true;
+    return ForEachMessage(bytes, [&ok](const char* p, size_t n) {
+        T v;
+        ok = AsnBuffer::Decode(p, n, v) == 1 && ok;
+    }) && ok;
+}
+
 template <class T>
 void MergeLoop(benchmark::State& st, const Case& c) {
     T& held = static_cast<T&>(*c.held);
@@ -424,6 +485,32 @@ void Check(Case& c) {
             ") are not what the rules give (" + std::to_string(rule) + ")");
 }
 
+// The burst: zol reads every message as the report it was made from,
+// with the allocations the rules give, and asn1c reads the block whole,
+// one message after another.
+void CheckBurst(Case& c) {
+    long i = 0, allocs = 0;
+    bool same = ForEachMessage(c.bytes, [&](const char* p, size_t n) {
+        ZolQueryRep v;
+        if (AsnBuffer::Decode(p, n, v) != 1 || Printed(v) != Printed(*Report(i++)))
+            Die(c.name + ": zol does not decode message " + std::to_string(i));
+        allocs += RuleAllocs(&v);
+    });
+    if (!same || i != c.messages)
+        Die(c.name + ": the block does not frame into its messages");
+    for (size_t at = 0; at < c.bytes.size();) {
+        void* v = nullptr;
+        asn_dec_rval_t r = ber_decode(nullptr, c.peerType, &v, c.bytes.data() + at, c.bytes.size() - at);
+        ASN_STRUCT_FREE(*c.peerType, v);
+        if (r.code != RC_OK)
+            Die(c.name + ": asn1c does not decode the block");
+        at += r.consumed;
+    }
+    if (allocs != c.expectedDecodeAllocs)
+        Die(c.name + ": the allocations written down (" + std::to_string(c.expectedDecodeAllocs) +
+            ") are not what the rules give (" + std::to_string(allocs) + ")");
+}
+
 }  // namespace
 
 Case::~Case() {
@@ -494,6 +581,19 @@ std::vector<Case> BuildCases() {
 
     for (Case& c : cases)
         Check(c);
+
+    Case burst = Make("QueryRep burst x10000", Report(0), &asn_DEF_ZolQueryRep, 1000 * 34 + 9000 * 12,
+                      "1000 reports with statics x 34 (as the order record) + 9000 without x 12 "
+                      "(the statics hold 13 objects, a decimals and 8 strings)");
+    burst.bytes.clear();
+    for (long i = 0; i < kBurst; ++i)
+        burst.bytes += Encoded(*Report(i));
+    burst.messages = kBurst;
+    burst.decodeOnly = true;
+    burst.decode = BurstLoop<ZolQueryRep>;
+    burst.decodeOnce = BurstOnce<ZolQueryRep>;
+    CheckBurst(burst);
+    cases.push_back(std::move(burst));
     return cases;
 }
 

@@ -25,6 +25,7 @@ struct Case {
     std::unique_ptr<AsnType> held;   // the record that reports are merged into
     std::string bytes;               // what both decoders read
     bool decodeOnly = false;         // the bytes are not zol's own encoding
+    long messages = 1;               // messages back to back in `bytes`
 
     // Heap allocations that decoding `bytes` must make by the ownership
     // rules, written down per case; checked against a walk of the value.

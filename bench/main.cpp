@@ -78,19 +78,36 @@ void Memcpy(benchmark::State& st, const Case* c) {
     st.SetBytesProcessed(int64_t(st.iterations()) * int64_t(n));
 }
 
+// Messages decoded per second, beside Google Benchmark's own figures
+// (--benchmark_out, or its console reporter with --benchmark_filter).
+void CountMessages(benchmark::State& st, const Case* c) {
+    st.SetBytesProcessed(int64_t(st.iterations()) * int64_t(c->bytes.size()));
+    st.counters["msgs/s"] = benchmark::Counter(double(c->messages), benchmark::Counter::kIsIterationInvariantRate);
+}
+
 void ZolDecode(benchmark::State& st, const Case* c) {
     c->decode(st, *c);
-    st.SetBytesProcessed(int64_t(st.iterations()) * int64_t(c->bytes.size()));
+    CountMessages(st, c);
+}
+
+// asn1c's decoding of every message of the bytes, each freed before the
+// next is read: its decoder says where a message ends.
+void PeerDecodeAll(const Case& c) {
+    for (size_t at = 0; at < c.bytes.size();) {
+        void* s = nullptr;
+        asn_dec_rval_t r = ber_decode(nullptr, c.peerType, &s, c.bytes.data() + at, c.bytes.size() - at);
+        benchmark::DoNotOptimize(r.code);
+        ASN_STRUCT_FREE(*c.peerType, s);
+        if (r.code != RC_OK)
+            break;
+        at += r.consumed;
+    }
 }
 
 void PeerDecode(benchmark::State& st, const Case* c) {
-    for (auto _ : st) {
-        void* s = nullptr;
-        asn_dec_rval_t r = ber_decode(nullptr, c->peerType, &s, c->bytes.data(), c->bytes.size());
-        benchmark::DoNotOptimize(r.code);
-        ASN_STRUCT_FREE(*c->peerType, s);
-    }
-    st.SetBytesProcessed(int64_t(st.iterations()) * int64_t(c->bytes.size()));
+    for (auto _ : st)
+        PeerDecodeAll(*c);
+    CountMessages(st, c);
 }
 
 void Print(benchmark::State& st, const Case* c) {
@@ -122,11 +139,7 @@ void DecodeOnce(const Case& c) {
     if (!c.decodeOnce(c.bytes))
         std::fprintf(stderr, "zol_bench: %s does not decode\n", c.name.c_str());
 }
-void PeerDecodeOnce(const Case& c) {
-    void* s = nullptr;
-    ber_decode(nullptr, c.peerType, &s, c.bytes.data(), c.bytes.size());
-    ASN_STRUCT_FREE(*c.peerType, s);
-}
+void PeerDecodeOnce(const Case& c) { PeerDecodeAll(c); }
 void PrintOnce(const Case& c) { nullOut << *c.value; }
 void CloneOnce(const Case& c) { delete c.value->Clone(); }
 void MergeOnce(const Case& c) { c.mergeOnce(c); }
@@ -255,7 +268,8 @@ int Profile(const std::vector<Case>& cases, const std::string& what, long times)
     for (const Op& op : kOps)
         if (i < cases.size() && name == op.name && (!cases[i].decodeOnly || op.decodeOnlyToo)) {
             zb_profile_loop(op, cases[i], times);
-            std::printf("%s: %s %ld times\n", cases[i].name.c_str(), op.name, times);
+            std::printf("%s: %s %ld times, %ld messages each\n", cases[i].name.c_str(), op.name, times,
+                        cases[i].messages);
             return 0;
         }
     std::fprintf(stderr, "zol_bench: no operation %s\n", what.c_str());
@@ -314,7 +328,7 @@ int main(int argc, char** argv) {
     auto t = [&](size_t i, const char* op) { return collector.Median(Key(i, op)); };
     auto mbs = [](size_t bytes, double ns) { return bytes / ns * 1e9 / 1e6; };
 
-    std::puts("\nEncoding and decoding (CPU ns per message, median of the repetitions):\n");
+    std::puts("\nEncoding and decoding (CPU ns per message, per block for a burst, median of the repetitions):\n");
     std::vector<std::vector<std::string>> rows = {
         {"case", "bytes", "asn1c DER", "encode ns", "MB/s", "asn1c enc ns", "x asn1c", "memcpy ns", "x memcpy",
          "decode ns", "MB/s", "asn1c dec ns", "x asn1c"}};
@@ -328,6 +342,16 @@ int main(int argc, char** argv) {
                         Fmt("%.0f", mbs(c.bytes.size(), dec)), Fmt("%.0f", pdec), Fmt("%.1f", pdec / dec)});
     }
     Table(rows);
+    for (size_t i = 0; i < cases.size(); ++i)
+        if (cases[i].messages > 1) {
+            double n = double(cases[i].messages);
+            std::printf("\n%s: %ld messages in one block, each framed by AsnReadTlv and decoded into a fresh value:"
+                        "\nzol %s messages/s (%s ns each), asn1c %s messages/s (%s ns each)\n",
+                        cases[i].name.c_str(), cases[i].messages, Fmt("%.0f", n / t(i, "decode") * 1e9).c_str(),
+                        Fmt("%.0f", t(i, "decode") / n).c_str(),
+                        Fmt("%.0f", n / t(i, "asn1c_decode") * 1e9).c_str(),
+                        Fmt("%.0f", t(i, "asn1c_decode") / n).c_str());
+        }
 
     std::puts("\nPrinting to a null stream, cloning (and deleting the clone), merging a report into a held record:\n");
     rows = {{"case", "print ns", "clone ns", "merge ns", "print allocs", "clone allocs", "merge allocs"}};
@@ -384,10 +408,10 @@ int main(int argc, char** argv) {
     timed(minEnc >= 20, minEnc,
           "encoding at least 20x as fast as asn1c's DER encoder on every case (lowest " + Fmt("%.1f", minEnc) + "x)");
     goal(allocsOk, "no allocation while encoding; decoding allocates exactly what the rules say");
-    timed(maxCopy <= 15, maxCopy,
-          "encoding within 15x a memcpy of the same bytes on every case (highest " + Fmt("%.1f", maxCopy) + "x)");
-    timed(minDec >= 5, minDec,
-          "decoding at least 5x as fast as asn1c's BER decoder on every case (lowest " + Fmt("%.1f", minDec) + "x)");
+    timed(maxCopy <= 20, maxCopy,
+          "encoding within 20x a memcpy of the same bytes on every case (highest " + Fmt("%.1f", maxCopy) + "x)");
+    timed(minDec >= 15, minDec,
+          "decoding at least 15x as fast as asn1c's BER decoder on every case (lowest " + Fmt("%.1f", minDec) + "x)");
     for (size_t i = 0; i < cases.size(); ++i)
         if (cases[i].name == "SecBoardRep full")
             std::printf("  [info] a full ZolSecBoardRep: print %s ns, clone %s ns, merge %s ns\n",
