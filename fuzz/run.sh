@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the libFuzzer targets of a fuzz build, each for SECONDS, one after
-# the other, and fails on the first finding.
+# Runs the libFuzzer targets of a fuzz build, each for SECONDS, as many at
+# a time as there are cores, and fails if any finds a fault.
 #
 #   fuzz/run.sh [SECONDS] [TARGET...]
 #
@@ -29,12 +29,15 @@ fi
 [ ${#targets[@]} -gt 0 ] || { echo "no fuzz targets in $build/fuzz" >&2; exit 1; }
 
 mkdir -p "$build/fuzz-findings"
-summary=()
-for t in "${targets[@]}"; do
-  corpus="$build/fuzz-corpus/$t"
-  log="$build/fuzz-findings/$t.log"
+# As many targets at once as the machine has cores ($ZOL_FUZZ_JOBS), each
+# for its full time.
+jobs="${ZOL_FUZZ_JOBS:-$(nproc)}"
+
+# Runs target $1 and prints its summary line; on a finding, the log's tail
+# and exit status 1.
+fuzz_one() {
+  local t="$1" corpus="$build/fuzz-corpus/$1" log="$build/fuzz-findings/$1.log"
   mkdir -p "$corpus"
-  echo "== $t: $seconds s"
   # Decoders write a line for each refused input: standard error is closed
   # (-close_fd_mask=2); libFuzzer, the sanitizers and the target's own
   # findings keep writing to a copy of it. The entropic schedule spends
@@ -46,14 +49,19 @@ for t in "${targets[@]}"; do
       >"$log" 2>&1; then
     tail -n 60 "$log"
     echo "FAILED: $t (log $log, input in $build/fuzz-findings/)" >&2
-    exit 1
+    return 1
   fi
+  local runs rate cov
   runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
   rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
   cov=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1)
-  summary+=("$t: $runs runs in $seconds s, $rate exec/s, $cov, clean")
-  echo "${summary[-1]}"
-done
-echo "== fuzzing clean"
-printf '%s\n' "${summary[@]}"
-echo "fuzz: ${#summary[@]} passed, 0 failed"
+  echo "$t: $runs runs in $seconds s, $rate exec/s, $cov, clean"
+}
+export -f fuzz_one
+export build here seconds
+
+echo "== ${#targets[@]} targets, $seconds s each, $jobs at a time"
+failed=0
+printf '%s\n' "${targets[@]}" | xargs -P "$jobs" -I{} bash -c 'fuzz_one {}' || failed=1
+[ "$failed" = 0 ] || { echo "fuzz: a target found a fault" >&2; exit 1; }
+echo "fuzz: ${#targets[@]} passed, 0 failed"
