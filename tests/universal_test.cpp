@@ -212,6 +212,7 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
     AsnAny::InstallAnyByInt(AsnInt(1002), 13, &barren);
     AsnAny::InstallAnyByInt(AsnInt(1003), 14, nullptr);
     AsnAny::InstallAnyByInt(AsnInt(1005), 15, &octsProto);
+    AsnAny::InstallAnyByInt(AsnInt(1001 + 65536), 16, &boolProto);  // 1001's key but for bit 16
     AsnAny::InstallAnyByOid(key, 21, &boolProto);
     key.ReSet(1, 2, 3);  // the registration keeps its own copy
     EXPECT_EQ(any.Clone(), nullptr);
@@ -243,6 +244,9 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
     AsnAny byOid;
     byOid.SetTypeByOid(key);
     EXPECT_EQ(byOid.info, nullptr);
+    AsnAny far;
+    far.SetTypeByInt(AsnInt(1001 + 65536));
+    EXPECT_EQ(far.GetId(), 16);
 
     // Neither failure writes a line.
     const struct {
