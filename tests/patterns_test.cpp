@@ -261,12 +261,14 @@ TEST(Patterns, AliasValuesKeepTheirClass) {
     EXPECT_EQ(copy.value, 7);
 
     std::unique_ptr<AsnType> vc(ZolOrderVerb(ZolOrderVerb::sell).Clone());
-    EXPECT_EQ(typeid(*vc), typeid(AsnEnum));
+    const AsnType& verb = *vc;
+    EXPECT_EQ(typeid(verb), typeid(AsnEnum));
     EXPECT_EQ(zt::Encoded(*vc), "0A 01 01");
     ZolOrderMethods bits(size_t(12));
     bits.SetBit(ZolOrderMethods::hidden);
     std::unique_ptr<AsnType> mc(bits.Clone());
-    EXPECT_EQ(typeid(*mc), typeid(AsnBits));
+    const AsnType& methods = *mc;
+    EXPECT_EQ(typeid(methods), typeid(AsnBits));
     EXPECT_EQ(zt::Encoded(*mc), "03 03 04 00 10");
 }
 
