@@ -46,15 +46,9 @@ void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); 
 
 // The C allocator is interposed through glibc's own entry points, so that
 // asn1c's allocations are counted too. The sanitizers bring allocators of
-// their own, which this would bypass (GCC and clang say so differently).
-#if defined(__SANITIZE_ADDRESS__)
-#define ZT_OWN_ALLOCATOR 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ZT_OWN_ALLOCATOR 1
-#endif
-#endif
-#if defined(__GLIBC__) && !defined(ZT_OWN_ALLOCATOR) && !defined(ZOL_BENCH_NO_MALLOC_HOOK)
+// their own, which this would bypass; the library's pool is off under them
+// (asn_pool.h tells them apart).
+#if defined(__GLIBC__) && !defined(ZOL_NO_VALUE_POOL) && !defined(ZOL_BENCH_NO_MALLOC_HOOK)
 extern "C" {
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
