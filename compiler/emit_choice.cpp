@@ -3,14 +3,21 @@
 // printer, its by-name access and its descriptor.
 #include "emit.h"
 
+#include <cstdio>
+
 namespace zolc {
 
 namespace {
 
 using Alt = MemberModel;
 
-// The case of a tag in the choice's switch.
-std::string TagCase(uint32_t tag, int shift) { return TagConst(tag >> shift); }
+// The case of a tag in the choice's switch: the octets left after the
+// shift, two hex digits each (0xA0u, 0xBF8200u).
+std::string TagCase(uint32_t tag, int shift) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "0x%0*Xu", 2 * (4 - shift / 8), tag >> shift);
+    return buf;
+}
 
 // The decoding of an alternative once its tag matched.
 std::string DecodeAlt(const Alt& m, const Vars& v, int shift) {
