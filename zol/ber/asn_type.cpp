@@ -8,7 +8,7 @@
 #include "zol/ber/asn_print.h"
 #include "zol/meta/asn_desc.h"
 
-unsigned short indentLevel = 0;
+ZOL_THREAD_LOCAL unsigned short indentLevel = 0;
 const unsigned short indentStep = 4;
 
 const AsnTypeDesc AsnType::_desc(nullptr, nullptr, false, AsnTypeDesc::VOID, nullptr);
@@ -33,9 +33,10 @@ void AsnType::Print(std::ostream& os) const {
 
 namespace {
 
-// The value whose default PrintTo has called its Print: a class that
-// overrides neither comes back to PrintTo through the default Print.
-const AsnType* handedOver = nullptr;
+// The value whose default PrintTo has called its Print on this thread: a
+// class that overrides neither comes back to PrintTo through the default
+// Print.
+ZOL_THREAD_LOCAL const AsnType* handedOver = nullptr;
 
 struct HandedOver {
     const AsnType* outer;

@@ -57,8 +57,9 @@ public:
     static uint64_t Allocations();
 };
 
-// Blanks that a new printed line begins with, and the step of one level.
-extern unsigned short indentLevel;
+// Blanks that a new printed line begins with, the calling thread's own,
+// and the step of one level.
+extern ZOL_THREAD_LOCAL unsigned short indentLevel;
 extern const unsigned short indentStep;
 
 void Indent(std::ostream& os, unsigned short n);

@@ -8,6 +8,10 @@ void AsnDecodeFail(DecodeEnv env, int code, const char* text) {
     std::longjmp(env, code);
 }
 
+const char* const AsnOutOfMemoryText = "ERROR - out of memory while decoding";
+
+void AsnDecodeOutOfMemory(DecodeEnv env) { AsnDecodeFail(env, AsnOutOfMemoryCode, AsnOutOfMemoryText); }
+
 void AsnWarn(const char* text) {
     std::fputs(text, stderr);
     std::fputc('\n', stderr);

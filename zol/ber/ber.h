@@ -22,6 +22,10 @@ const unsigned AsnMaxNesting = 64;
 
 // Writes `text` and a line end to standard error and long-jumps with `code`.
 [[noreturn]] void AsnDecodeFail(DecodeEnv env, int code, const char* text);
+// The failure of a decoder whose allocation found the heap exhausted:
+// AsnOutOfMemoryText and AsnOutOfMemoryCode.
+[[noreturn]] void AsnDecodeOutOfMemory(DecodeEnv env);
+extern const char* const AsnOutOfMemoryText;
 // Writes `text` and a line end to standard error and returns.
 void AsnWarn(const char* text);
 

@@ -9,7 +9,7 @@
 
 const AsnNamesTypeDesc AsnBits::_desc(nullptr, nullptr, false, AsnTypeDesc::BIT_STRING, nullptr, nullptr);
 
-unsigned short pendingUnusedBits = 0;
+ZOL_THREAD_LOCAL unsigned short pendingUnusedBits = 0;
 
 namespace {
 
@@ -127,7 +127,8 @@ void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
 }
 
 void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
-    stringStack.Reset();
+    StrStk& stack = AsnDecodeStringStack(env);
+    stack.Reset();
     pendingUnusedBits = 0;
     // Only the last piece may leave bits unused; each piece's first octet
     // says how many.
@@ -138,15 +139,15 @@ void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
                           "that is not the last has non-zero unused bits");
         if (len != 0) {
             pendingUnusedBits = b.GetByte();
-            AsnPushSegment(b, len - 1, env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
+            AsnPushSegment(stack, b, len - 1, env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
         }
     });
-    size_t total = stringStack.totalByteLen;
+    size_t total = stack.totalByteLen;
     if (pendingUnusedBits > total * 8)
         AsnDecodeFail(env, AsnBitsUnusedCode, "BDecConsBitString: ERROR - more unused bits than bits held");
     delete[] bits;
     bits = new char[total ? total : 1];
-    stringStack.CopyOut(bits);
+    stack.CopyOut(bits);
     bitLen = total * 8 - pendingUnusedBits;
 }
 

@@ -62,4 +62,4 @@ private:
 };
 
 // Unused bits of the latest component while a constructed value is decoded.
-extern unsigned short pendingUnusedBits;
+extern ZOL_THREAD_LOCAL unsigned short pendingUnusedBits;

@@ -10,30 +10,54 @@
 
 const AsnTypeDesc AsnOcts::_desc(nullptr, nullptr, false, AsnTypeDesc::OCTET_STRING, nullptr);
 
-StrStk stringStack(128, 64);
-
 // StrStk
 
+namespace {
+
+StrStk::Elmt* NewEntries(uint32_t n) { return static_cast<StrStk::Elmt*>(AsnPoolTake(n * sizeof(StrStk::Elmt))); }
+
+void FreeEntries(StrStk::Elmt* stk, uint32_t n) { AsnPoolGive(stk, n * sizeof(StrStk::Elmt)); }
+
+struct ThreadStack : StrStk {
+    ThreadStack() : StrStk(128, 64) {}
+};
+
+StrStk& ThisThreadsStack() {
+    if (StrStk* stack = AsnStringStack())
+        return *stack;
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+StrStk* AsnStringStack() { return AsnPerThread<ThreadStack>::Get(); }
+
+thread_local StrStk& stringStack = ThisThreadsStack();
+
 StrStk::StrStk(int numElmts, int growElmts)
-    : stk(new Elmt[numElmts]),
-      size(static_cast<uint32_t>(numElmts)),
+    : stk(NewEntries(static_cast<uint32_t>(numElmts))),
+      size(stk ? static_cast<uint32_t>(numElmts) : 0),
       growth(static_cast<uint32_t>(growElmts)),
       nextFree(0),
       totalByteLen(0) {}
 
-StrStk::~StrStk() { delete[] stk; }
+StrStk::~StrStk() { FreeEntries(stk, size); }
 
 // Grows by `growth` entries until the array holds sixteen steps, then by
 // its whole size: a fixed step copies the array once per step, and a
 // hostile string of a million one-byte pieces would take time quadratic in
 // their number.
-void StrStk::Grow() {
+bool StrStk::Grow() {
     uint32_t more = size > 16 * growth ? size : growth;
-    Elmt* bigger = new Elmt[size + more];
-    std::memcpy(bigger, stk, size * sizeof(Elmt));
-    delete[] stk;
+    Elmt* bigger = NewEntries(size + more);
+    if (!bigger)
+        return false;
+    if (size)
+        std::memcpy(bigger, stk, size * sizeof(Elmt));
+    FreeEntries(stk, size);
     stk = bigger;
     size += more;
+    return true;
 }
 
 void StrStk::CopyOut(char* dst) const {
@@ -144,12 +168,13 @@ void AsnOcts::BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& byt
 }
 
 void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
-    stringStack.Reset();
+    StrStk& stack = AsnDecodeStringStack(env);
+    stack.Reset();
     AsnWalkSegments(b, elmtLen, bytesDecoded, env, kOctetPieces, [&](AsnLen len) {
-        AsnPushSegment(b, len, env, AsnConsOctsPastEndCode,
+        AsnPushSegment(stack, b, len, env, AsnConsOctsPastEndCode,
                        "BDecConsOctetString: ERROR - attempt to decode past end of data");
     });
-    stringStack.CopyOut(Renew(stringStack.totalByteLen));
+    stack.CopyOut(Renew(stack.totalByteLen));
 }
 
 // A value decoded again (an open type's clone of its prototype) gives up

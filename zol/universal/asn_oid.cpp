@@ -13,11 +13,6 @@ namespace {
 // Base-128 groups that the widest arc needs.
 const size_t MaxGroups = (sizeof(unsigned long) * CHAR_BIT + 6) / 7;
 
-// The shared scratch of building from arcs: the subidentifiers, then their
-// octets, sized for the worst case of eleven arcs.
-unsigned long arcWords[11];
-char arcOctets[11 * MaxGroups];
-
 // Writes `v` in base 128, high group first, the top bit on all octets but
 // the last; returns the number of octets.
 size_t PutSubId(unsigned long v, char* out) {
@@ -67,6 +62,10 @@ void AsnOid::Set(const AsnOid& o) {
 
 void AsnOid::Set(unsigned long a1, unsigned long a2, long a3, long a4, long a5, long a6, long a7,
                  long a8, long a9, long a10, long a11) {
+    // The subidentifiers, then their octets, sized for the worst case of
+    // eleven arcs.
+    unsigned long arcWords[11];
+    char arcOctets[11 * MaxGroups];
     const long rest[9] = {a3, a4, a5, a6, a7, a8, a9, a10, a11};
     size_t words = 0;
     arcWords[words++] = a1 * 40 + a2;

@@ -7,22 +7,28 @@
 #include <langinfo.h>
 #include <locale.h>
 
+#include "zol/ber/asn_thread.h"
+
 namespace Zol {
 namespace Platform {
 
 namespace {
 
-// The user's locale, loaded on first use and freed when the library is
-// unloaded. Zero until then, so it is usable before any initialiser runs.
+void FreeUserLocale(AsnThreadEnd*);
+
+// The calling thread's user locale, loaded on its first use and freed when
+// the thread ends. Zero until then.
 struct UserLocale {
-    locale_t loc{};
-    ~UserLocale() {
-        if (loc)
-            freelocale(loc);
-        loc = locale_t{};
-    }
+    AsnThreadEnd end;
+    locale_t loc;
 };
-UserLocale user;
+ZOL_THREAD_LOCAL UserLocale user = {{FreeUserLocale, nullptr, false}, locale_t{}};
+
+void FreeUserLocale(AsnThreadEnd*) {
+    if (user.loc)
+        freelocale(user.loc);
+    user.loc = locale_t{};
+}
 
 locale_t Current() {
     if (!user.loc)
@@ -144,6 +150,7 @@ void LoadUserLocale() {
     if (user.loc)
         freelocale(user.loc);
     user.loc = loc;
+    AsnAtThreadEnd(user.end);
 }
 
 int LocaleInfo(unsigned item, char* out, int size) {
