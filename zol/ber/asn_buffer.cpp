@@ -16,7 +16,7 @@ struct DataBlock {
 char (&ThisThreadsData())[AsnBuffer::BUFSIZE] {
     DataBlock* block = AsnPerThread<DataBlock>::Get();
     if (!block)
-        throw std::bad_alloc();
+        AsnThrowBadAlloc();
     return block->bytes;
 }
 
@@ -64,6 +64,8 @@ int AsnBuffer::Decode(const char* bytes, size_t len, AsnType& value) {
         value.BDec(asnBuf, decoded, env);
         return asnBuf.ReadError() ? 0 : 1;
     }
+    if (code == AsnOutOfMemoryCode)
+        value.Clear();  // so that it may be decoded into again
     // The name is that of the outermost value; a universal class's kind
     // stands in for the name it lacks ("INTEGER"). The line is kept in
     // `data` too, where there is one.

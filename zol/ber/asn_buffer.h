@@ -30,6 +30,9 @@ public:
     static char* Encode(const AsnType& value, size_t& length);
     // Decodes one value out of `bytes` into a newly constructed `value`.
     // 1 for success, 0 for failure. Bytes behind the value are ignored.
+    // When an allocation fails, the code is AsnOutOfMemoryCode and the
+    // value is left cleared (AsnType::Clear), so that it may be destroyed
+    // or decoded into again; after other failures it must be destroyed.
     static int Decode(const char* bytes, size_t len, AsnType& value);
     // Writes `text` and a line end to standard error.
     static void Error(const char* text);

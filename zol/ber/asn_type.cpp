@@ -13,6 +13,8 @@ const unsigned short indentStep = 4;
 
 const AsnTypeDesc AsnType::_desc(nullptr, nullptr, false, AsnTypeDesc::VOID, nullptr);
 
+void AsnThrowBadAlloc() { throw std::bad_alloc(); }
+
 AsnType* AsnType::Clone() const { return nullptr; }
 
 void AsnType::BDec(AsnBuf&, AsnLen&, DecodeEnv env) {
@@ -60,6 +62,8 @@ const AsnTypeDesc* AsnType::_getdesc() const { return &_desc; }
 
 AsnType* AsnType::_getref(const char*, bool) { return nullptr; }
 
+void AsnType::Clear() {}
+
 int AsnType::BEncPdu(AsnBuf& b, AsnLen& bytesEncoded) const {
     bytesEncoded = BEnc(b);
     return b.WriteError() ? 0 : 1;
@@ -68,10 +72,13 @@ int AsnType::BEncPdu(AsnBuf& b, AsnLen& bytesEncoded) const {
 int AsnType::BDecPdu(AsnBuf& b, AsnLen& bytesDecoded) {
     bytesDecoded = 0;
     DecodeEnv env;
-    if (setjmp(env) == 0) {
+    int code = setjmp(env);
+    if (code == 0) {
         BDec(b, bytesDecoded, env);
         return b.ReadError() ? 0 : 1;
     }
+    if (code == AsnOutOfMemoryCode)
+        Clear();
     return 0;
 }
 

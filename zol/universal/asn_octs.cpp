@@ -25,7 +25,7 @@ struct ThreadStack : StrStk {
 StrStk& ThisThreadsStack() {
     if (StrStk* stack = AsnStringStack())
         return *stack;
-    throw std::bad_alloc();
+    AsnThrowBadAlloc();
 }
 
 }  // namespace
@@ -60,10 +60,12 @@ bool StrStk::Grow() {
     return true;
 }
 
-void StrStk::CopyOut(char* dst) const {
-    for (uint32_t i = 0; i < nextFree; ++i) {
-        std::memcpy(dst, stk[i].str, stk[i].len);
-        dst += stk[i].len;
+void StrStk::CopyOut(char* dst, size_t n) const {
+    for (uint32_t i = 0; i < nextFree && n; ++i) {
+        size_t k = stk[i].len < n ? stk[i].len : n;
+        std::memcpy(dst, stk[i].str, k);
+        dst += k;
+        n -= k;
     }
 }
 
@@ -85,7 +87,7 @@ namespace {
 char* NewBytes(size_t len) {
     if (void* p = AsnPoolTake(len + 1))
         return static_cast<char*>(p);
-    throw std::bad_alloc();
+    AsnThrowBadAlloc();
 }
 
 void FreeBytes(char* octs, size_t len) { AsnPoolGive(octs, len + 1); }
@@ -128,7 +130,13 @@ bool AsnOcts::OctsEquiv(const AsnOcts& o) const {
     return octetLen == o.octetLen && (octetLen == 0 || std::memcmp(octs, o.octs, octetLen) == 0);
 }
 
-AsnType* AsnOcts::Clone() const { return new (std::nothrow) AsnOcts(*this); }
+AsnType* AsnOcts::Clone() const { return AsnClone(*this); }
+
+void AsnOcts::Clear() {
+    FreeBytes(octs, octetLen);
+    octs = nullptr;
+    octetLen = 0;
+}
 
 const AsnTypeDesc* AsnOcts::_getdesc() const { return &_desc; }
 
@@ -163,7 +171,7 @@ void AsnOcts::BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& byt
     char* src = b.GetSeg(&n);
     if (n < elmtLen || b.ReadError())
         AsnDecodeFail(env, AsnOctsPastEndCode, "BDecOctetString: ERROR - decoded past end of data");
-    AsnCopyBytes(Renew(n), src, n);
+    AsnCopyBytes(Renew(n, env), src, n);
     bytesDecoded += elmtLen;
 }
 
@@ -174,13 +182,15 @@ void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
         AsnPushSegment(stack, b, len, env, AsnConsOctsPastEndCode,
                        "BDecConsOctetString: ERROR - attempt to decode past end of data");
     });
-    stack.CopyOut(Renew(stack.totalByteLen));
+    stack.CopyOut(Renew(stack.totalByteLen, env));
 }
 
 // A value decoded again (an open type's clone of its prototype) gives up
 // what it held; a fresh one holds nothing.
-char* AsnOcts::Renew(size_t len) {
-    char* bytes = NewBytes(len);
+char* AsnOcts::Renew(size_t len, DecodeEnv env) {
+    char* bytes = static_cast<char*>(AsnPoolTake(len + 1));
+    if (!bytes)
+        AsnDecodeOutOfMemory(env);
     bytes[len] = '\0';
     FreeBytes(octs, octetLen);
     octs = bytes;

@@ -45,8 +45,10 @@ public:
         ++nextFree;
         return true;
     }
-    // Copies the pieces end to end, in pushing order.
-    void CopyOut(char* dst) const;
+    // Copies the pieces end to end, in pushing order; the second form stops
+    // after `n` bytes.
+    void CopyOut(char* dst) const { CopyOut(dst, totalByteLen); }
+    void CopyOut(char* dst, size_t n) const;
 
 private:
     bool Grow();
@@ -101,6 +103,7 @@ public:
     AsnLen BEnc(AsnBuf& b) const override;
     void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
+    void Clear() override;
 
     ZOL_ALWAYS_INLINE AsnLen BEncContent(AsnBuf& b) const {
         b.PutSegRvs(octs, octetLen);
@@ -114,7 +117,7 @@ public:
         if (__builtin_expect(!(tag & AsnConstructedBit) && !b.readFailed &&
                                  elmtLen <= size_t(b.dataEnd - b.readPos),
                              1)) {
-            AsnCopyBytes(Renew(elmtLen), b.readPos, elmtLen);
+            AsnCopyBytes(Renew(elmtLen, env), b.readPos, elmtLen);
             b.readPos += elmtLen;
             bytesDecoded += elmtLen;
             return;
@@ -135,7 +138,8 @@ private:
     bool OctsEquiv(const AsnOcts& o) const;
     // Every form, with its failures.
     void BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
-    // Holds a new block of `len` bytes and the NUL in place of the old one.
-    char* Renew(size_t len);
+    // Holds a new block of `len` bytes and the NUL in place of the old one,
+    // or fails the decode when the heap is exhausted.
+    char* Renew(size_t len, DecodeEnv env);
     void BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
 };

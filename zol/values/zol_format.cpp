@@ -56,7 +56,7 @@ FormatState* StateOrNull() {
 FormatState& State() {
     if (FormatState* s = StateOrNull())
         return *s;
-    throw std::bad_alloc();
+    AsnThrowBadAlloc();
 }
 
 }  // namespace
