@@ -8,6 +8,7 @@ namespace zalloc {
 std::atomic<uint64_t> newCount{0};
 std::atomic<uint64_t> newBytes{0};
 std::atomic<uint64_t> mallocCount{0};
+std::atomic<int64_t> mallocLive{0};
 
 }  // namespace zalloc
 
@@ -55,19 +56,38 @@ void* __libc_calloc(std::size_t, std::size_t);
 void* __libc_realloc(void*, std::size_t);
 void __libc_free(void*);
 
+namespace {
+
+void* Live(void* p) {
+    if (p)
+        zalloc::mallocLive.fetch_add(1, std::memory_order_relaxed);
+    return p;
+}
+
+}  // namespace
+
 void* malloc(std::size_t n) noexcept {
     zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
-    return __libc_malloc(n);
+    return Live(__libc_malloc(n));
 }
 void* calloc(std::size_t n, std::size_t size) noexcept {
     zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
-    return __libc_calloc(n, size);
+    return Live(__libc_calloc(n, size));
 }
 void* realloc(void* p, std::size_t n) noexcept {
     zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
-    return __libc_realloc(p, n);
+    if (p)
+        zalloc::mallocLive.fetch_sub(1, std::memory_order_relaxed);
+    void* q = __libc_realloc(p, n);
+    if (!q && p && n)  // failed: the old block stays
+        zalloc::mallocLive.fetch_add(1, std::memory_order_relaxed);
+    return Live(q);
 }
-void free(void* p) noexcept { __libc_free(p); }
+void free(void* p) noexcept {
+    if (p)
+        zalloc::mallocLive.fetch_sub(1, std::memory_order_relaxed);
+    __libc_free(p);
+}
 }
 const bool zalloc::mallocCounted = true;
 #else

@@ -19,6 +19,8 @@ namespace zalloc {
 extern std::atomic<uint64_t> newCount;
 extern std::atomic<uint64_t> newBytes;
 extern std::atomic<uint64_t> mallocCount;
+// Blocks of the C allocator not yet freed, where it is interposed.
+extern std::atomic<int64_t> mallocLive;
 // False where the C allocator cannot be interposed (sanitizer builds): the
 // C count then stays at zero.
 extern const bool mallocCounted;

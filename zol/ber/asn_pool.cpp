@@ -42,7 +42,6 @@ void EndPool(AsnThreadEnd*) {
 void* AsnPoolTakeSlow(std::size_t size) {
     if (++asnPool.taken == asnPool.failAt) {
         asnPool.failAt = 0;
-        Resume();
         return nullptr;
     }
 #ifndef ZOL_NO_VALUE_POOL
@@ -62,11 +61,8 @@ void* AsnPoolTakeSlow(std::size_t size) {
 void AsnPoolGiveSlow(void* p, std::size_t) { std::free(p); }
 
 void AsnPoolFailAfter(uint64_t n) {
-    if (n == 0) {
-        asnPool.failAt = 0;
-        Resume();
-        return;
-    }
     Bypass();
-    asnPool.failAt = asnPool.taken + n;
+    asnPool.failAt = n ? asnPool.taken + n : 0;
+    if (!n)
+        Resume();
 }

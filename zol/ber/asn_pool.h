@@ -33,7 +33,7 @@ struct AsnFreeBlock {
 // One thread's lists. Trivially destructible, so that it stays usable
 // after the thread has ended: then every list is empty and counts as full,
 // so that takes go to malloc() and gives to free(). A list also counts as
-// full while a failure is planted (AsnPoolFailAfter).
+// full from the planting of a failure to its removal (AsnPoolFailAfter).
 struct AsnPoolLists {
     AsnFreeBlock* heads[AsnPoolClasses];
     uint32_t kept[AsnPoolClasses];
@@ -92,8 +92,8 @@ inline uint64_t AsnPoolTaken() { return asnPool.taken; }
 
 // Plants a failure: the `n`-th block that the calling thread takes from now
 // on (1: the next) is not made, as when the heap is exhausted, and the take
-// gives null; later takes succeed again. 0 removes a failure not yet met.
-// It serves tests of what a program does when memory runs out. Until the
-// failure is met or removed, the thread's blocks come from malloc() and go
-// back to free(), past its lists, so that every take counts.
+// gives null; later takes succeed again. It serves tests of what a program
+// does when memory runs out. From then on, until AsnPoolFailAfter(0), the
+// thread's blocks come from malloc() and go back to free(), past its lists,
+// so that every take counts and the heap shows every block in use.
 void AsnPoolFailAfter(uint64_t n);
