@@ -1,0 +1,866 @@
+-- The dissector's hand-written part, the same for every type: reading BER
+-- as zol's decoders read it, framing messages in a TCP stream, showing each
+-- value as zoldump --brief does, and registering with Wireshark. zolc puts
+-- the protocol's `types` and `envelopes` in front of it.
+
+local zol = Proto("zol", "zol trading protocol")
+
+local byte, format, sub, concat = string.byte, string.format, string.sub, table.concat
+local band = bit32.band
+
+local INDEFINITE = 0xFFFFFFFF      -- the indefinite length; a definite FFFFFFFF reads alike, as in the decoders
+local CONSTRUCTED = 0x20000000     -- the constructed bit of a tag word
+local SEQUENCE_TAG = 0x30000000
+local OCTET_STRING_TAG = 0x04000000
+local BIT_STRING_TAG = 0x03000000
+local MAX_NESTING = 64             -- levels of a constructed string
+local MESSAGE_LIMIT = 64 * 1024 * 1024  -- a message announcing more is refused, as zoldump refuses it
+
+---------------------------------------------------------------------------
+-- The types, linked: aliases resolved to the type at the end of their
+-- chain, each member's tags as a set, each member a field.
+
+for _, kind in ipairs { "INTEGER", "ENUMERATED", "BOOLEAN", "REAL", "NULL", "OCTET STRING", "BIT STRING" } do
+    types[kind] = { kind = kind }
+end
+
+local function resolved(name)
+    local t = types[name]
+    while t.alias do
+        t = types[t.alias]
+    end
+    return t
+end
+
+-- The field of each kind of value: leaves hold their value, a choice the
+-- name of its alternative in force, sequences and lists nothing.
+local FIELD_TYPES = {
+    INTEGER = ftypes.INT32, ENUMERATED = ftypes.INT32, BOOLEAN = ftypes.BOOLEAN, REAL = ftypes.DOUBLE,
+    NULL = ftypes.NONE, ["OCTET STRING"] = ftypes.STRING, ["BIT STRING"] = ftypes.STRING,
+    SEQUENCE = ftypes.NONE, ["SET OF"] = ftypes.NONE, CHOICE = ftypes.STRING,
+}
+local FIELD_BASES = { INTEGER = base.DEC, ENUMERATED = base.DEC, BOOLEAN = base.NONE }
+
+local fields = {}
+local f_message = ProtoField.string("zol.message", "Message", base.NONE, "The type of the message: its envelope")
+fields[#fields + 1] = f_message
+
+local defined = {}
+for name, t in pairs(types) do
+    if not t.alias then
+        t.name = name
+        defined[#defined + 1] = t
+    end
+end
+table.sort(defined, function(a, b) return a.name < b.name end)
+for _, t in ipairs(defined) do
+    if t.element then
+        t.element = resolved(t.element)
+    end
+    t.byTag = {}  -- a choice: its alternatives by the tags they take
+    for _, m in ipairs(t.members or {}) do
+        m.name, m.t = m[1], resolved(m[2])
+        local kind = m.t.kind
+        m.field = ProtoField.new(m.name, "zol." .. t.name .. "." .. m.name, FIELD_TYPES[kind],
+                                 kind == "ENUMERATED" and m.t.names or nil, FIELD_BASES[kind])
+        fields[#fields + 1] = m.field
+        if m.tags then
+            m.accepts = {}
+            for _, tag in ipairs(m.tags) do
+                m.accepts[tag] = m
+                t.byTag[tag] = m
+            end
+        end
+    end
+end
+-- An untagged choice member takes what its choice's alternatives take.
+for _, t in ipairs(defined) do
+    for _, m in ipairs(t.members or {}) do
+        m.accepts = m.accepts or m.t.byTag
+    end
+end
+zol.fields = fields
+
+local malformed = ProtoExpert.new("zol.malformed", "Malformed message", expert.group.MALFORMED, expert.severity.ERROR)
+zol.experts = { malformed }
+
+---------------------------------------------------------------------------
+-- Values as zoldump --brief shows them, without the quotes of texts.
+
+-- The shortest text that reads back as `x`: with a decimal point and no
+-- exponent from 1e-5 to 1e15.
+local function real_text(x)
+    if x ~= x then
+        return "NOT-A-NUMBER"
+    elseif x == math.huge then
+        return "PLUS-INFINITY"
+    elseif x == -math.huge then
+        return "MINUS-INFINITY"
+    end
+    local size = math.abs(x)
+    local fixed = size < 1e15 and (x == 0 or size >= 1e-5)
+    local text
+    for digits = fixed and 0 or 1, 24 do
+        text = format(fixed and "%." .. digits .. "f" or "%." .. digits .. "g", x)
+        if tonumber(text) == x then
+            break
+        end
+    end
+    return text
+end
+
+-- A text as it is when every octet prints (20 to 7E), else its octets in hex.
+local function octets_text(s)
+    if not s:find("[^\32-\126]") then
+        return s
+    end
+    return "'" .. s:gsub(".", function(c) return format("%02X", byte(c)) end) .. "'H"
+end
+
+local function bits_text(octets, count)
+    local bits = {}
+    for i = 0, count - 1 do
+        local octet = byte(octets, math.floor(i / 8) + 1)
+        bits[i + 1] = band(octet, 2 ^ (7 - i % 8)) ~= 0 and "1" or "0"
+    end
+    return concat(bits)
+end
+
+---------------------------------------------------------------------------
+-- Decoding, step for step as zol's decoders do, so that what they refuse
+-- is refused here at the same octet. The state of one message:
+--   s       the bytes of the tvb, as a string
+--   pos     the next octet to read (1-based in s)
+--   last    the message's last octet: reading stops there
+--   failed  a read ran past `last` (reported when the next tag is read, or at the end)
+--   tvb     for the items' ranges
+--   lines   the items shown so far
+--   alternative  the first alternative met, for the Info column
+-- A decoder that meets bad bytes raises { failure = why }.
+
+local function fail(why)
+    error({ failure = why }, 0)
+end
+
+local function get_byte(d)
+    local p = d.pos
+    if p <= d.last then
+        d.pos = p + 1
+        return byte(d.s, p)
+    end
+    d.failed = true
+    return 0
+end
+
+-- A tag of up to three octets as a tag word, and the octets read.
+local function read_tag(d)
+    local b = get_byte(d)
+    local tag, n = b * 0x1000000, 1
+    if b % 32 == 31 then
+        local c = get_byte(d)
+        tag, n = tag + c * 0x10000, 2
+        if c >= 0x80 then
+            c = get_byte(d)
+            tag, n = tag + c * 0x100, 3
+            if c >= 0x80 and not d.failed then
+                fail("a tag of more than three octets")
+            end
+        end
+    end
+    if d.failed then
+        fail("the message ends inside a tag")
+    end
+    return tag, n
+end
+
+local function read_length(d)
+    local c = get_byte(d)
+    if d.failed then
+        fail("the message ends before a length")
+    end
+    if c < 0x80 then
+        return c, 1
+    elseif c == 0x80 then
+        return INDEFINITE, 1
+    end
+    c = c - 0x80
+    if c >= 5 then
+        fail("a length of more than four octets")
+    end
+    local len = 0
+    for _ = 1, c do
+        len = len * 256 + get_byte(d)
+    end
+    if d.failed then
+        fail("the message ends inside a length")
+    end
+    return len, 1 + c
+end
+
+-- An end-of-contents where one must be, and the second octet of one whose
+-- first was read as a tag of 0 (not checked, as the decoders only warn).
+local function read_eoc(d)
+    if get_byte(d) ~= 0 or get_byte(d) ~= 0 or d.failed then
+        fail("no end-of-contents where the indefinite length ends")
+    end
+    return 2
+end
+
+local function eoc_second_octet(d)
+    get_byte(d)
+    return 1
+end
+
+-- The next `len` octets, or a failure when the message ends first.
+local function take(d, len, why)
+    local p = d.pos
+    if len > d.last - p + 1 then
+        d.pos = d.last + 1
+        fail(why)
+    end
+    d.pos = p + len
+    return sub(d.s, p, p + len - 1)
+end
+
+-- The pieces of a constructed string: primitive pieces go to `piece(len)`,
+-- constructed ones nest, up to MAX_NESTING levels; returns the octets counted.
+local function walk_pieces(d, len, piece_tag, piece)
+    local lens, counts, depth = { len }, { 0 }, 1
+    while true do
+        local count = counts[depth]
+        if lens[depth] == INDEFINITE or count < lens[depth] then
+            local tag, n = read_tag(d)
+            count = count + n
+            if tag == 0 and lens[depth] == INDEFINITE then
+                count = count + eoc_second_octet(d)
+            else
+                local plen
+                plen, n = read_length(d)
+                count = count + n
+                if tag == piece_tag then
+                    piece(plen)
+                    counts[depth] = count + plen
+                elseif tag == piece_tag + CONSTRUCTED then
+                    if depth >= MAX_NESTING then
+                        fail("a constructed string nested more than " .. MAX_NESTING .. " levels")
+                    end
+                    counts[depth] = count
+                    depth = depth + 1
+                    lens[depth], counts[depth] = plen, 0
+                else
+                    fail("a piece of another type inside a constructed string")
+                end
+                goto next
+            end
+        end
+        -- The level has ended.
+        if depth == 1 then
+            return count
+        end
+        depth = depth - 1
+        counts[depth] = counts[depth] + count
+        ::next::
+    end
+end
+
+-- The leaves: each gives its value (for the field), its text and the
+-- octets it counted.
+local leaves = {}
+
+function leaves.INTEGER(d, _, len)
+    if len > 4 then
+        fail("an integer of more than four octets")
+    end
+    -- A content of 0 octets still reads one, as the decoders do.
+    local v = get_byte(d)
+    if v >= 0x80 then
+        v = v - 0x100
+    end
+    for _ = 2, len do
+        v = v * 256 + get_byte(d)
+    end
+    if d.failed then
+        fail("the message ends inside an integer")
+    end
+    return v, tostring(v), len
+end
+
+function leaves.ENUMERATED(d, tag, len, t)
+    local v, text, count = leaves.INTEGER(d, tag, len)
+    local name = t.names and t.names[v]
+    return v, name and format("%s (%d)", name, v) or text, count
+end
+
+function leaves.BOOLEAN(d, _, len)
+    if len ~= 1 then
+        fail("a boolean of other than one octet")
+    end
+    local c = get_byte(d)
+    if d.failed then
+        fail("the message ends inside a boolean")
+    end
+    return c ~= 0, c ~= 0 and "TRUE" or "FALSE", 1
+end
+
+function leaves.NULL(_, _, len)
+    if len ~= 0 then
+        fail("a NULL with content")
+    end
+    return nil, "NULL", 0
+end
+
+-- Binary reals in base 2, 8 or 16, their special values, and zero.
+function leaves.REAL(d, _, len)
+    if len == 0 then
+        return 0.0, "0", 0
+    end
+    local first = get_byte(d)
+    if len == 1 then
+        if first == 0x40 then
+            return math.huge, real_text(math.huge), 1
+        elseif first == 0x41 then
+            return -math.huge, real_text(-math.huge), 1
+        end
+        fail("a one-octet real that is no special value")
+    end
+    if first < 0x80 then
+        fail("a decimal real")
+    end
+    -- The exponent as an unsigned 32-bit word: one to three octets, or a
+    -- count octet and that many (a count of 0 still reads one).
+    local function signed_octet()
+        local c = get_byte(d)
+        return c >= 0x80 and c + 0xFFFFFF00 or c
+    end
+    local exp, used = signed_octet(), 0
+    local form = first % 4
+    if form == 0 then
+        used = 1
+    elseif form < 3 then
+        used = form + 1
+        for _ = 2, used do
+            exp = (exp * 256 + get_byte(d)) % 0x100000000
+        end
+    else
+        local count = exp % 256
+        exp = signed_octet()
+        for _ = 2, count do
+            exp = (exp * 256 + get_byte(d)) % 0x100000000
+        end
+        used = count + 1
+    end
+    local mantissa = 0.0
+    for _ = used + 2, len do
+        if d.failed then
+            break
+        end
+        mantissa = mantissa * 256 + get_byte(d)
+    end
+    local base_bits = ({ [0x00] = 1, [0x10] = 3, [0x20] = 4 })[band(first, 0x30)]
+    if not base_bits then
+        fail("a real of base 10 binary form")
+    end
+    if exp >= 0x80000000 then
+        exp = exp - 0x100000000
+    end
+    local power = exp * base_bits + band(first, 0x0C) / 4
+    power = math.max(-100000, math.min(100000, power))
+    local v = math.ldexp(mantissa, power)
+    if band(first, 0x40) ~= 0 then
+        v = -v
+    end
+    return v, real_text(v), len
+end
+
+leaves["OCTET STRING"] = function(d, tag, len)
+    local text
+    if band(tag, CONSTRUCTED) == 0 then
+        text = take(d, len, "the message ends inside a string")
+        if d.failed then
+            fail("the message ends inside a string")
+        end
+    else
+        local pieces = {}
+        len = walk_pieces(d, len, OCTET_STRING_TAG, function(plen)
+            pieces[#pieces + 1] = take(d, plen, "the message ends inside a piece of a string")
+        end)
+        text = concat(pieces)
+    end
+    local shown = octets_text(text)
+    return shown, shown, len
+end
+
+leaves["BIT STRING"] = function(d, tag, len)
+    local octets, unused
+    if band(tag, CONSTRUCTED) == 0 then
+        if len == 0 then
+            fail("a bit string without its unused-bits octet")
+        end
+        unused = get_byte(d)
+        octets = take(d, len - 1, "the message ends inside a bit string")
+        if d.failed then
+            fail("the message ends inside a bit string")
+        end
+    else
+        local pieces = {}
+        unused = 0
+        len = walk_pieces(d, len, BIT_STRING_TAG, function(plen)
+            if unused ~= 0 then
+                fail("unused bits in a piece of a bit string that is not the last")
+            end
+            if plen ~= 0 then
+                unused = get_byte(d)
+                pieces[#pieces + 1] = take(d, plen - 1, "the message ends inside a piece of a bit string")
+            end
+        end)
+        octets = concat(pieces)
+    end
+    if unused > #octets * 8 then
+        fail("more unused bits than a bit string holds")
+    end
+    local bits = bits_text(octets, #octets * 8 - unused)
+    return bits, "'" .. bits .. "'B", len
+end
+
+---------------------------------------------------------------------------
+-- Sequences, choices and lists, and the items of the tree: one for each
+-- line of zoldump --brief.
+
+local value  -- defined below; the three shapes call each other
+
+-- The range of the octets from `from` to the read position.
+local function range(d, from)
+    return d.tvb(from - 1, d.pos - from)
+end
+
+-- An element of type `m.t` whose tag and length were read, shown as `name`.
+local function element(d, m, tag, len, parent, name, from)
+    if not m.explicit then
+        return value(d, m.t, tag, len, parent, name, m.field, from)
+    end
+    local outer, n1, n2 = len
+    tag, n1 = read_tag(d)
+    if m.inner and tag ~= m.inner then
+        fail(name .. " has another tag inside its explicit tag")
+    end
+    len, n2 = read_length(d)
+    local count = n1 + n2 + value(d, m.t, tag, len, parent, name, m.field, from)
+    if outer == INDEFINITE then
+        count = count + read_eoc(d)
+    end
+    return count
+end
+
+local function sequence(d, t, len, item)
+    local members = t.members
+    if #members == 0 then
+        if len == INDEFINITE then
+            return read_eoc(d)
+        elseif len ~= 0 then
+            fail(t.name .. " is empty and has content")
+        end
+        return 0
+    end
+    if t.allOptional and len == 0 then
+        return 0
+    end
+    local from = d.pos
+    local tag, count = read_tag(d)
+    if t.allOptional and len == INDEFINITE and tag == 0 then
+        return count + eoc_second_octet(d)
+    end
+    local n
+    for i = 1, #members do
+        local m = members[i]
+        if m.accepts[tag] then
+            local mlen
+            mlen, n = read_length(d)
+            count = count + n + element(d, m, tag, mlen, item, m.name, from)
+            if i < #members then
+                if m.tail and count == len then
+                    return count
+                end
+                from = d.pos
+                tag, n = read_tag(d)
+                count = count + n
+                if m.tail and len == INDEFINITE and tag == 0 then
+                    return count + eoc_second_octet(d)
+                end
+            end
+        elseif not m.optional then
+            fail(t.name .. "." .. m.name .. " is missing")
+        end
+    end
+    if len == INDEFINITE then
+        return count + read_eoc(d)
+    elseif count ~= len then
+        fail(format("the members of %s take %d of its %d octets", t.name, count, len))
+    end
+    return count
+end
+
+local function list(d, t, len, item)
+    local count, index = 0, 0
+    while len == INDEFINITE or count < len do
+        local from = d.pos
+        local tag, n = read_tag(d)
+        count = count + n
+        if tag == 0 and len == INDEFINITE then
+            return count + eoc_second_octet(d)
+        elseif tag ~= SEQUENCE_TAG then
+            fail("an element of " .. t.name .. " is no sequence")
+        end
+        local elen
+        elen, n = read_length(d)
+        count = count + n + value(d, t.element, tag, elen, item, "[" .. index .. "]", nil, from)
+        index = index + 1
+    end
+    return count
+end
+
+-- The alternative that `tag` selects joins its name to the choice's
+-- (`upTransMsg.order`); the choice's own field, hidden, holds its name.
+local function choice(d, t, tag, len, parent, name, field, from)
+    local alt = t.byTag[tag]
+    if not alt then
+        fail(format("%s has no alternative of tag %08X", t.name, tag))
+    end
+    d.alternative = d.alternative or alt.name
+    if parent and field then
+        parent:add(field, range(d, from), alt.name):set_hidden()
+    end
+    return element(d, alt, tag, len, parent, name and name .. "." .. alt.name or alt.name, from)
+end
+
+-- Decodes the content of a value of type `t` whose element began at `from`
+-- with `tag` and `len`, and shows it under `parent` (none: only decode) as
+-- `name`, with `field`; returns the octets counted.
+function value(d, t, tag, len, parent, name, field, from)
+    local kind = t.kind
+    if kind == "CHOICE" then
+        return choice(d, t, tag, len, parent, name, field, from)
+    end
+    local decode = kind == "SEQUENCE" and sequence or kind == "SET OF" and list
+    if decode then
+        local item
+        if parent then
+            -- Its extent as announced, until it is known.
+            local size = len == INDEFINITE and d.last - from + 1 or math.min(d.pos - from + len, d.last - from + 1)
+            item = field and parent:add(field, d.tvb(from - 1, size)) or parent:add(d.tvb(from - 1, size), name)
+            item:set_text(name)
+            d.lines = d.lines + 1
+        end
+        local before = d.lines
+        local count = decode(d, t, len, item)
+        if item then
+            item:set_len(d.pos - from)
+            if d.lines == before then
+                item:append_text(kind == "SEQUENCE" and " {}" or " []")
+            end
+        end
+        return count
+    end
+    local v, text, count = leaves[kind](d, tag, len, t)
+    if parent then
+        local label = name .. ": " .. text
+        if v == nil then
+            parent:add(field, range(d, from)):set_text(label)
+        else
+            parent:add(field, range(d, from), v, label)
+        end
+        d.lines = d.lines + 1
+    end
+    return count
+end
+
+-- The message of envelope `env` from d.pos to d.last, its lines under
+-- `item`; returns the octets the decoders count.
+local function message(d, env, item)
+    local from = d.pos
+    local tag, n1 = read_tag(d)
+    if env.kind ~= "CHOICE" and tag ~= env.tag then
+        fail(env.name .. " has another tag")
+    end
+    local len, n2 = read_length(d)
+    local count
+    if env.kind == "CHOICE" then
+        count = choice(d, env, tag, len, item, nil, nil, from)
+    else
+        local before = d.lines
+        count = sequence(d, env, len, item)
+        if item and d.lines == before then
+            item:add(d.tvb(from - 1, d.pos - from), "{}")
+        end
+    end
+    if d.failed then
+        fail("the message ends inside a value")
+    end
+    return n1 + n2 + count
+end
+
+-- Decodes the `size` octets of s from `at` as `env`; shows them under
+-- `item` if given. Returns nil when they decode, else why not and where
+-- decoding stopped.
+local function decode(tvb, s, at, size, env, item)
+    local d = { s = s, pos = at, last = at + size - 1, failed = false, tvb = tvb, lines = 0 }
+    local ok, result = pcall(message, d, env, item)
+    if not ok then
+        if type(result) ~= "table" or not result.failure then
+            error(result, 0)
+        end
+        return result.failure, d.pos, d.alternative
+    elseif result ~= size then
+        return format("it decodes in %d of its %d octets", result, size), at + math.min(result, size), d.alternative
+    end
+    return nil, nil, d.alternative
+end
+
+---------------------------------------------------------------------------
+-- Framing: the element at the start of the bytes, read as zol's AsnReadTlv
+-- reads it, without decoding.
+
+local COMPLETE, INCOMPLETE, MALFORMED = 1, 2, 3
+
+-- The identifier and length octets at `at`: status, tag (once its octets
+-- are there), length, their size.
+local function read_header(s, at, last)
+    if at > last then
+        return INCOMPLETE
+    end
+    local first = byte(s, at)
+    local tag, i = first * 0x1000000, at + 1
+    if first % 32 == 31 then
+        if i > last then
+            return INCOMPLETE
+        end
+        local c = byte(s, i)
+        tag, i = tag + c * 0x10000, i + 1
+        if c >= 0x80 then
+            if i > last then
+                return INCOMPLETE
+            end
+            c = byte(s, i)
+            tag, i = tag + c * 0x100, i + 1
+            if c >= 0x80 then
+                return MALFORMED
+            end
+        end
+    end
+    if i > last then
+        return INCOMPLETE, tag
+    end
+    local len = byte(s, i)
+    i = i + 1
+    if len == 0x80 then
+        len = INDEFINITE
+    elseif len > 0x80 then
+        local count = len - 0x80
+        if count > 4 then
+            return MALFORMED, tag
+        elseif last - i + 1 < count then
+            return INCOMPLETE, tag
+        end
+        len = 0
+        for _ = 1, count do
+            len, i = len * 256 + byte(s, i), i + 1
+        end
+        if len == INDEFINITE then
+            return MALFORMED, tag
+        end
+    end
+    if len == INDEFINITE and band(first, 0x20) == 0 then
+        return MALFORMED, tag
+    end
+    return COMPLETE, tag, len, i - at
+end
+
+-- The whole element at `at`: status and size (for an incomplete one of
+-- definite length the size it will have, else 0). The indefinite form ends
+-- with the end-of-contents that closes the last level open.
+local function read_tlv(s, at, last)
+    local status, _, len, header = read_header(s, at, last)
+    if status ~= COMPLETE then
+        return status, 0
+    elseif len ~= INDEFINITE then
+        return len <= last - at + 1 - header and COMPLETE or INCOMPLETE, header + len
+    end
+    local open, p = 1, at + header
+    while open > 0 do
+        if p <= last and byte(s, p) == 0 then
+            if p == last then
+                return INCOMPLETE, 0
+            elseif byte(s, p + 1) ~= 0 then
+                return MALFORMED, 0
+            end
+            p, open = p + 2, open - 1
+        else
+            local h
+            status, _, len, h = read_header(s, p, last)
+            if status ~= COMPLETE then
+                return status, 0
+            end
+            p = p + h
+            if len == INDEFINITE then
+                open = open + 1
+            elseif len <= last - p + 1 then
+                p = p + len
+            else
+                return INCOMPLETE, 0
+            end
+        end
+    end
+    return COMPLETE, p - at
+end
+
+-- The envelopes, linked, and those a message may be by its direction.
+for _, side in pairs(envelopes) do
+    for i, name in ipairs(side) do
+        side[i] = types[name]
+    end
+end
+local either = {}
+for _, side in ipairs { envelopes.requests, envelopes.replies } do
+    for _, env in ipairs(side) do
+        either[#either + 1] = env
+    end
+end
+
+-- The envelope of the message at `at`, as its first octets tell: the first
+-- of `candidates` that is a choice with an alternative of its tag, or a
+-- sequence of its tag whose second member takes the tag of the element
+-- after the first; else the first sequence of its tag.
+local function envelope(s, at, last, candidates)
+    local status, tag, _, header = read_header(s, at, last)
+    if not tag then
+        return nil
+    end
+    local fallback
+    for _, env in ipairs(candidates) do
+        if env.kind == "CHOICE" then
+            if env.byTag[tag] then
+                return env
+            end
+        elseif tag == env.tag then
+            fallback = fallback or env
+            local first_status, first_size = COMPLETE, 0
+            if status == COMPLETE then
+                first_status, first_size = read_tlv(s, at + header, last)
+            end
+            local second = env.members[2]
+            if status == COMPLETE and first_status == COMPLETE and second then
+                local next_status, next_tag = read_header(s, at + header + first_size, last)
+                if next_status == COMPLETE and second.accepts[next_tag] then
+                    return env
+                end
+            end
+        end
+    end
+    return fallback
+end
+
+-- The envelopes of the direction: towards the port, requests; from it,
+-- replies; either where both ends have it.
+local function direction(pinfo)
+    local port = pinfo.match_uint
+    local to, from = pinfo.dst_port == port, pinfo.src_port == port
+    if to and not from then
+        return envelopes.requests, "request"
+    elseif from and not to then
+        return envelopes.replies, "reply"
+    end
+    return either, "envelope"
+end
+
+---------------------------------------------------------------------------
+-- The dissector.
+
+local function show_message(tvb, tree, s, at, size, env, info)
+    local item = tree:add(zol, tvb(at - 1, size))
+    item:add(f_message, tvb(at - 1, size), env.name)
+    local why, stop, alternative = decode(tvb, s, at, size, env, item)
+    local text = env.name .. (alternative and " " .. alternative or "")
+    if why then
+        item:add_tvb_expert_info(malformed, tvb(stop - 1, stop < at + size and 1 or 0),
+            format("%s does not decode: %s (decoding stopped at octet %d of the message)", env.name, why, stop - at))
+        text = text .. " [malformed]"
+    end
+    item:set_text(format("zol, %s, %d octets", text, size))
+    info[#info + 1] = text
+end
+
+-- Octets from `from` to before `to` that begin no message.
+local function show_bad(tvb, tree, from, to, why, info)
+    local item = tree:add(zol, tvb(from - 1, to - from))
+    item:set_text(format("zol, %d octets that begin no message", to - from))
+    item:add_tvb_expert_info(malformed, tvb(from - 1, to - from), why)
+    info[#info + 1] = "[malformed]"
+end
+
+-- Messages are framed by their BER lengths. A message that does not decode
+-- is shown as malformed and the next one read after it; octets that begin
+-- no message are skipped, up to the next octet where a message of the
+-- direction begins that decodes, and shown as one malformed run.
+function zol.dissector(tvb, pinfo, tree)
+    local size = tvb:len()
+    local s = tvb:raw(0, size)
+    local candidates, side = direction(pinfo)
+    local info = {}
+    local at, bad_from, bad_why = 1, nil, nil
+    while at <= size do
+        local status, total = read_tlv(s, at, size)
+        local env = envelope(s, at, size, candidates)
+        local _, tag = read_header(s, at, size)
+        local known = status ~= MALFORMED and total <= MESSAGE_LIMIT
+        if status == INCOMPLETE and known and (env or not tag) then
+            -- The rest of it is in the segments to come.
+            if bad_from then
+                show_bad(tvb, tree, bad_from, at, bad_why, info)
+            end
+            pinfo.desegment_offset = at - 1
+            pinfo.desegment_len = total > 0 and total - (size - at + 1) or DESEGMENT_ONE_MORE_SEGMENT
+            break
+        elseif status == COMPLETE and env and known and (not bad_from or not decode(tvb, s, at, total, env)) then
+            if bad_from then
+                show_bad(tvb, tree, bad_from, at, bad_why, info)
+                bad_from = nil
+            end
+            show_message(tvb, tree, s, at, total, env, info)
+            at = at + total
+        else
+            if not bad_from then
+                bad_from = at
+                if not env then
+                    bad_why = format("the octets at %d begin with %02X, which begins no %s", at - 1, byte(s, at), side)
+                elseif not known and status ~= MALFORMED then
+                    bad_why = format("the message at %d announces %d octets, more than %d", at - 1, total, MESSAGE_LIMIT)
+                else
+                    bad_why = format("the octets at %d are no well-formed BER element", at - 1)
+                end
+            end
+            at = at + 1
+        end
+    end
+    if bad_from and at > size then
+        show_bad(tvb, tree, bad_from, at, bad_why, info)
+    end
+    if #info > 0 then
+        pinfo.cols.protocol = "zol"
+        pinfo.cols.info = concat(info, ", ")
+    end
+    return size
+end
+
+-- The port: the preference, and Decode As.
+local tcp_ports = DissectorTable.get("tcp.port")
+zol.prefs.tcp_port = Pref.uint("TCP port", 0, "The TCP port of the zol host (0: none; or use Decode As)")
+local registered_port = 0
+function zol.prefs_changed()
+    if registered_port ~= 0 then
+        tcp_ports:remove(registered_port, zol)
+    end
+    registered_port = zol.prefs.tcp_port
+    if registered_port ~= 0 then
+        tcp_ports:add(registered_port, zol)
+    end
+end
+tcp_ports:add_for_decode_as(zol)
