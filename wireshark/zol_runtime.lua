@@ -621,8 +621,7 @@ end
 
 local COMPLETE, INCOMPLETE, MALFORMED = 1, 2, 3
 
--- The identifier and length octets at `at`: status, tag (once its octets
--- are there), length, their size.
+-- The identifier and length octets at `at`: status, tag, length, their size.
 local function read_header(s, at, last)
     if at > last then
         return INCOMPLETE
@@ -647,7 +646,7 @@ local function read_header(s, at, last)
         end
     end
     if i > last then
-        return INCOMPLETE, tag
+        return INCOMPLETE
     end
     local len = byte(s, i)
     i = i + 1
@@ -656,20 +655,20 @@ local function read_header(s, at, last)
     elseif len > 0x80 then
         local count = len - 0x80
         if count > 4 then
-            return MALFORMED, tag
+            return MALFORMED
         elseif last - i + 1 < count then
-            return INCOMPLETE, tag
+            return INCOMPLETE
         end
         len = 0
         for _ = 1, count do
             len, i = len * 256 + byte(s, i), i + 1
         end
         if len == INDEFINITE then
-            return MALFORMED, tag
+            return MALFORMED
         end
     end
     if len == INDEFINITE and band(first, 0x20) == 0 then
-        return MALFORMED, tag
+        return MALFORMED
     end
     return COMPLETE, tag, len, i - at
 end
@@ -712,10 +711,44 @@ local function read_tlv(s, at, last)
     return COMPLETE, p - at
 end
 
--- The envelopes, linked, and those a message may be by its direction.
+-- The first octets of a tag, which tell the envelopes apart: the first,
+-- and the second too where the first says that more follow. Of a tag
+-- word, and of the tag at `p`.
+local function tag_start(tag)
+    local first = math.floor(tag / 0x1000000)
+    return first % 32 == 31 and math.floor(tag / 0x10000) or first
+end
+
+local function start_at(s, p, last)
+    if p > last then
+        return nil
+    end
+    local first = byte(s, p)
+    if first % 32 ~= 31 then
+        return first
+    end
+    return p < last and first * 256 + byte(s, p + 1) or nil
+end
+
+local function starts_of(tags)
+    local starts = {}
+    for tag in pairs(tags) do
+        starts[tag_start(tag)] = true
+    end
+    return starts
+end
+
+-- The envelopes, linked, with the starts of their own tags (a choice's
+-- are its alternatives'), and of a sequence's second member; and those a
+-- message may be by its direction.
 for _, side in pairs(envelopes) do
     for i, name in ipairs(side) do
-        side[i] = types[name]
+        local env = types[name]
+        env.starts = starts_of(env.kind == "CHOICE" and env.byTag or { [env.tag] = true })
+        if env.kind == "SEQUENCE" and env.members[2] then
+            env.second_starts = starts_of(env.members[2].accepts)
+        end
+        side[i] = env
     end
 end
 local either = {}
@@ -725,31 +758,24 @@ for _, side in ipairs { envelopes.requests, envelopes.replies } do
     end
 end
 
--- The envelope of the message at `at`, as its first octets tell: the first
--- of `candidates` that is a choice with an alternative of its tag, or a
--- sequence of its tag whose second member takes the tag of the element
--- after the first; else the first sequence of its tag.
+-- The envelope of the message at `at`, as its first octets tell, as
+-- zoldump tells it: the first of `candidates` that one of whose tags they
+-- begin, and for a sequence, whose second member takes a tag that the
+-- element after its first begins; else the first sequence whose tag they
+-- begin.
 local function envelope(s, at, last, candidates)
-    local status, tag, _, header = read_header(s, at, last)
-    if not tag then
-        return nil
-    end
+    local start = start_at(s, at, last)
     local fallback
     for _, env in ipairs(candidates) do
-        if env.kind == "CHOICE" then
-            if env.byTag[tag] then
+        if env.starts[start] then
+            if env.kind == "CHOICE" then
                 return env
             end
-        elseif tag == env.tag then
             fallback = fallback or env
-            local first_status, first_size = COMPLETE, 0
-            if status == COMPLETE then
-                first_status, first_size = read_tlv(s, at + header, last)
-            end
-            local second = env.members[2]
-            if status == COMPLETE and first_status == COMPLETE and second then
-                local next_status, next_tag = read_header(s, at + header + first_size, last)
-                if next_status == COMPLETE and second.accepts[next_tag] then
+            local status, _, _, header = read_header(s, at, last)
+            if status == COMPLETE and env.second_starts then
+                local first_status, first_size = read_tlv(s, at + header, last)
+                if first_status == COMPLETE and env.second_starts[start_at(s, at + header + first_size, last)] then
                     return env
                 end
             end
@@ -792,7 +818,7 @@ end
 local function show_bad(tvb, tree, from, to, why, info)
     local item = tree:add(zol, tvb(from - 1, to - from))
     item:set_text(format("zol, %d octets that begin no message", to - from))
-    item:add_tvb_expert_info(malformed, tvb(from - 1, to - from), why)
+    item:add_tvb_expert_info(malformed, tvb(from - 1, to - from), format("%s; %d octets skipped", why, to - from))
     info[#info + 1] = "[malformed]"
 end
 
@@ -809,9 +835,8 @@ function zol.dissector(tvb, pinfo, tree)
     while at <= size do
         local status, total = read_tlv(s, at, size)
         local env = envelope(s, at, size, candidates)
-        local _, tag = read_header(s, at, size)
         local known = status ~= MALFORMED and total <= MESSAGE_LIMIT
-        if status == INCOMPLETE and known and (env or not tag) then
+        if status == INCOMPLETE and known and (env or not start_at(s, at, size)) then
             -- The rest of it is in the segments to come.
             if bad_from then
                 show_bad(tvb, tree, bad_from, at, bad_why, info)
@@ -830,11 +855,11 @@ function zol.dissector(tvb, pinfo, tree)
             if not bad_from then
                 bad_from = at
                 if not env then
-                    bad_why = format("the octets at %d begin with %02X, which begins no %s", at - 1, byte(s, at), side)
+                    bad_why = format("the message here begins with %02X, which begins no %s", byte(s, at), side)
                 elseif not known and status ~= MALFORMED then
-                    bad_why = format("the message at %d announces %d octets, more than %d", at - 1, total, MESSAGE_LIMIT)
+                    bad_why = format("the message here has %d octets, more than the %d taken", total, MESSAGE_LIMIT)
                 else
-                    bad_why = format("the octets at %d are no well-formed BER element", at - 1)
+                    bad_why = "the message here is no well-formed BER element"
                 end
             end
             at = at + 1
