@@ -109,11 +109,8 @@ local function real_text(x)
     return text
 end
 
--- A text as it is when every octet prints (20 to 7E), else its octets in hex.
-local function octets_text(s)
-    if not s:find("[^\32-\126]") then
-        return s
-    end
+-- The octets of a text that does not print (all of 20 to 7E), in hex.
+local function hex_text(s)
     return "'" .. s:gsub(".", function(c) return format("%02X", byte(c)) end) .. "'H"
 end
 
@@ -128,57 +125,72 @@ end
 
 ---------------------------------------------------------------------------
 -- Decoding, step for step as zol's decoders do, so that what they refuse
--- is refused here at the same octet. The state of one message:
---   s       the bytes of the tvb, as a string
---   pos     the next octet to read (1-based in s)
---   last    the message's last octet: reading stops there
---   failed  a read ran past `last` (reported when the next tag is read, or at the end)
---   tvb     for the items' ranges
---   lines   the items shown so far
---   alternative  the first alternative met, for the Info column
--- A decoder that meets bad bytes raises { failure = why }.
+-- is refused here at the same octet. A decoder that meets bad bytes
+-- raises { failure = why }. Decoding is never reentered; the state of the
+-- message being decoded lives here, where the decoders reach it fastest.
+
+local msg          -- the bytes of the tvb, as a string
+local pos          -- the next octet to read (1-based in msg)
+local last         -- the message's last octet: reading stops there
+local failed       -- a read ran past `last` (reported at the next tag, or at the end)
+local msg_tvb      -- the tvb, for the items' ranges
+local lines        -- the items shown so far
+local alternative  -- the first alternative met, for the Info column
 
 local function fail(why)
     error({ failure = why }, 0)
 end
 
-local function get_byte(d)
-    local p = d.pos
-    if p <= d.last then
-        d.pos = p + 1
-        return byte(d.s, p)
+local function get_byte()
+    local p = pos
+    if p <= last then
+        pos = p + 1
+        return byte(msg, p)
     end
-    d.failed = true
+    failed = true
     return 0
 end
 
 -- A tag of up to three octets as a tag word, and the octets read.
-local function read_tag(d)
-    local b = get_byte(d)
-    local tag, n = b * 0x1000000, 1
-    if b % 32 == 31 then
-        local c = get_byte(d)
-        tag, n = tag + c * 0x10000, 2
-        if c >= 0x80 then
-            c = get_byte(d)
-            tag, n = tag + c * 0x100, 3
-            if c >= 0x80 and not d.failed then
-                fail("a tag of more than three octets")
-            end
+local function read_tag()
+    local p = pos
+    local b = p <= last and byte(msg, p)
+    if b and b % 32 ~= 31 and not failed then
+        pos = p + 1
+        return b * 0x1000000, 1
+    end
+    b = get_byte()
+    if failed then
+        fail("the message ends inside a tag")
+    elseif b % 32 ~= 31 then
+        return b * 0x1000000, 1
+    end
+    local c = get_byte()
+    local tag, n = b * 0x1000000 + c * 0x10000, 2
+    if c >= 0x80 then
+        c = get_byte()
+        tag, n = tag + c * 0x100, 3
+        if c >= 0x80 and not failed then
+            fail("a tag of more than three octets")
         end
     end
-    if d.failed then
+    if failed then
         fail("the message ends inside a tag")
     end
     return tag, n
 end
 
-local function read_length(d)
-    local c = get_byte(d)
-    if d.failed then
-        fail("the message ends before a length")
+local function read_length()
+    local p = pos
+    local c = p <= last and byte(msg, p)
+    if c and c < 0x80 and not failed then
+        pos = p + 1
+        return c, 1
     end
-    if c < 0x80 then
+    c = get_byte()
+    if failed then
+        fail("the message ends before a length")
+    elseif c < 0x80 then
         return c, 1
     elseif c == 0x80 then
         return INDEFINITE, 1
@@ -189,9 +201,9 @@ local function read_length(d)
     end
     local len = 0
     for _ = 1, c do
-        len = len * 256 + get_byte(d)
+        len = len * 256 + get_byte()
     end
-    if d.failed then
+    if failed then
         fail("the message ends inside a length")
     end
     return len, 1 + c
@@ -199,43 +211,43 @@ end
 
 -- An end-of-contents where one must be, and the second octet of one whose
 -- first was read as a tag of 0 (not checked, as the decoders only warn).
-local function read_eoc(d)
-    if get_byte(d) ~= 0 or get_byte(d) ~= 0 or d.failed then
+local function read_eoc()
+    if get_byte() ~= 0 or get_byte() ~= 0 or failed then
         fail("no end-of-contents where the indefinite length ends")
     end
     return 2
 end
 
-local function eoc_second_octet(d)
-    get_byte(d)
+local function eoc_second_octet()
+    get_byte()
     return 1
 end
 
 -- The next `len` octets, or a failure when the message ends first.
-local function take(d, len, why)
-    local p = d.pos
-    if len > d.last - p + 1 then
-        d.pos = d.last + 1
+local function take(len, why)
+    local p = pos
+    if len > last - p + 1 then
+        pos = last + 1
         fail(why)
     end
-    d.pos = p + len
-    return sub(d.s, p, p + len - 1)
+    pos = p + len
+    return sub(msg, p, p + len - 1)
 end
 
 -- The pieces of a constructed string: primitive pieces go to `piece(len)`,
 -- constructed ones nest, up to MAX_NESTING levels; returns the octets counted.
-local function walk_pieces(d, len, piece_tag, piece)
+local function walk_pieces(len, piece_tag, piece)
     local lens, counts, depth = { len }, { 0 }, 1
     while true do
         local count = counts[depth]
         if lens[depth] == INDEFINITE or count < lens[depth] then
-            local tag, n = read_tag(d)
+            local tag, n = read_tag()
             count = count + n
             if tag == 0 and lens[depth] == INDEFINITE then
-                count = count + eoc_second_octet(d)
+                count = count + eoc_second_octet()
             else
                 local plen
-                plen, n = read_length(d)
+                plen, n = read_length()
                 count = count + n
                 if tag == piece_tag then
                     piece(plen)
@@ -263,154 +275,133 @@ local function walk_pieces(d, len, piece_tag, piece)
     end
 end
 
--- The leaves: each gives its value (for the field), its text and the
--- octets it counted.
+local function signed_octet()
+    local c = get_byte()
+    return c >= 0x80 and c - 0x100 or c
+end
+
+-- The leaves: each decodes a content of `len` octets under `tag` into its
+-- value, and gives the octets it counted.
 local leaves = {}
 
-function leaves.INTEGER(d, _, len)
+function leaves.INTEGER(_, len)
     if len > 4 then
         fail("an integer of more than four octets")
     end
     -- A content of 0 octets still reads one, as the decoders do.
-    local v = get_byte(d)
-    if v >= 0x80 then
-        v = v - 0x100
-    end
+    local v = signed_octet()
     for _ = 2, len do
-        v = v * 256 + get_byte(d)
+        v = v * 256 + get_byte()
     end
-    if d.failed then
+    if failed then
         fail("the message ends inside an integer")
     end
-    return v, tostring(v), len
+    return v, len
 end
+leaves.ENUMERATED = leaves.INTEGER
 
-function leaves.ENUMERATED(d, tag, len, t)
-    local v, text, count = leaves.INTEGER(d, tag, len)
-    local name = t.names and t.names[v]
-    return v, name and format("%s (%d)", name, v) or text, count
-end
-
-function leaves.BOOLEAN(d, _, len)
+function leaves.BOOLEAN(_, len)
     if len ~= 1 then
         fail("a boolean of other than one octet")
     end
-    local c = get_byte(d)
-    if d.failed then
+    local c = get_byte()
+    if failed then
         fail("the message ends inside a boolean")
     end
-    return c ~= 0, c ~= 0 and "TRUE" or "FALSE", 1
+    return c ~= 0, 1
 end
 
-function leaves.NULL(_, _, len)
+function leaves.NULL(_, len)
     if len ~= 0 then
         fail("a NULL with content")
     end
-    return nil, "NULL", 0
+    return nil, 0
 end
 
--- Binary reals in base 2, 8 or 16, their special values, and zero.
-function leaves.REAL(d, _, len)
+local REAL_BASE_BITS = { [0x00] = 1, [0x10] = 3, [0x20] = 4 }  -- base 2, 8, 16
+
+-- Binary reals, their special values, and zero.
+function leaves.REAL(_, len)
     if len == 0 then
-        return 0.0, "0", 0
+        return 0.0, 0
     end
-    local first = get_byte(d)
+    local first = get_byte()
     if len == 1 then
         if first == 0x40 then
-            return math.huge, real_text(math.huge), 1
+            return math.huge, 1
         elseif first == 0x41 then
-            return -math.huge, real_text(-math.huge), 1
+            return -math.huge, 1
         end
         fail("a one-octet real that is no special value")
-    end
-    if first < 0x80 then
+    elseif first < 0x80 then
         fail("a decimal real")
     end
-    -- The exponent as an unsigned 32-bit word: one to three octets, or a
-    -- count octet and that many (a count of 0 still reads one).
-    local function signed_octet()
-        local c = get_byte(d)
-        return c >= 0x80 and c + 0xFFFFFF00 or c
-    end
-    local exp, used = signed_octet(), 0
-    local form = first % 4
-    if form == 0 then
-        used = 1
-    elseif form < 3 then
-        used = form + 1
-        for _ = 2, used do
-            exp = (exp * 256 + get_byte(d)) % 0x100000000
-        end
-    else
-        local count = exp % 256
+    -- The exponent: one to three octets, or a count octet and that many (a
+    -- count of 0 still reads one); beyond four octets the first fall out.
+    local exp, used, more = signed_octet(), first % 4 + 1, first % 4
+    if used == 4 then
+        used, more = exp % 256 + 1, exp % 256 - 1
         exp = signed_octet()
-        for _ = 2, count do
-            exp = (exp * 256 + get_byte(d)) % 0x100000000
-        end
-        used = count + 1
     end
-    local mantissa = 0.0
-    for _ = used + 2, len do
-        if d.failed then
-            break
-        end
-        mantissa = mantissa * 256 + get_byte(d)
-    end
-    local base_bits = ({ [0x00] = 1, [0x10] = 3, [0x20] = 4 })[band(first, 0x30)]
-    if not base_bits then
-        fail("a real of base 10 binary form")
+    for _ = 1, more do
+        exp = (exp * 256 + get_byte()) % 0x100000000
     end
     if exp >= 0x80000000 then
         exp = exp - 0x100000000
     end
-    local power = exp * base_bits + band(first, 0x0C) / 4
-    power = math.max(-100000, math.min(100000, power))
-    local v = math.ldexp(mantissa, power)
-    if band(first, 0x40) ~= 0 then
-        v = -v
+    local mantissa = 0.0
+    for _ = used + 2, len do
+        if failed then
+            break
+        end
+        mantissa = mantissa * 256 + get_byte()
     end
-    return v, real_text(v), len
+    local base_bits = REAL_BASE_BITS[band(first, 0x30)]
+    if not base_bits then
+        fail("a binary real of the base that is reserved")
+    end
+    local power = exp * base_bits + band(first, 0x0C) / 4
+    local v = math.ldexp(mantissa, math.max(-100000, math.min(100000, power)))
+    return band(first, 0x40) ~= 0 and -v or v, len
 end
 
-leaves["OCTET STRING"] = function(d, tag, len)
-    local text
+leaves["OCTET STRING"] = function(tag, len)
     if band(tag, CONSTRUCTED) == 0 then
-        text = take(d, len, "the message ends inside a string")
-        if d.failed then
+        local text = take(len, "the message ends inside a string")
+        if failed then
             fail("the message ends inside a string")
         end
-    else
-        local pieces = {}
-        len = walk_pieces(d, len, OCTET_STRING_TAG, function(plen)
-            pieces[#pieces + 1] = take(d, plen, "the message ends inside a piece of a string")
-        end)
-        text = concat(pieces)
+        return text, len
     end
-    local shown = octets_text(text)
-    return shown, shown, len
+    local pieces = {}
+    len = walk_pieces(len, OCTET_STRING_TAG, function(plen)
+        pieces[#pieces + 1] = take(plen, "the message ends inside a piece of a string")
+    end)
+    return concat(pieces), len
 end
 
-leaves["BIT STRING"] = function(d, tag, len)
+-- A bit string's value is its bits, "0" and "1".
+leaves["BIT STRING"] = function(tag, len)
     local octets, unused
     if band(tag, CONSTRUCTED) == 0 then
         if len == 0 then
             fail("a bit string without its unused-bits octet")
         end
-        unused = get_byte(d)
-        octets = take(d, len - 1, "the message ends inside a bit string")
-        if d.failed then
+        unused = get_byte()
+        octets = take(len - 1, "the message ends inside a bit string")
+        if failed then
             fail("the message ends inside a bit string")
         end
     else
         local pieces = {}
         unused = 0
-        len = walk_pieces(d, len, BIT_STRING_TAG, function(plen)
+        len = walk_pieces(len, BIT_STRING_TAG, function(plen)
             if unused ~= 0 then
                 fail("unused bits in a piece of a bit string that is not the last")
             end
             if plen ~= 0 then
-                unused = get_byte(d)
-                pieces[#pieces + 1] = take(d, plen - 1, "the message ends inside a piece of a bit string")
+                unused = get_byte()
+                pieces[#pieces + 1] = take(plen - 1, "the message ends inside a piece of a bit string")
             end
         end)
         octets = concat(pieces)
@@ -418,8 +409,36 @@ leaves["BIT STRING"] = function(d, tag, len)
     if unused > #octets * 8 then
         fail("more unused bits than a bit string holds")
     end
-    local bits = bits_text(octets, #octets * 8 - unused)
-    return bits, "'" .. bits .. "'B", len
+    return bits_text(octets, #octets * 8 - unused), len
+end
+
+-- The text after a leaf's name as zoldump --brief shows it, without the
+-- quotes of a text, an enumeration's number after its name.
+local text_of = {
+    INTEGER = tostring,
+    ENUMERATED = function(v, t)
+        local name = t.names and t.names[v]
+        return name and format("%s (%d)", name, v) or tostring(v)
+    end,
+    BOOLEAN = function(v) return v and "TRUE" or "FALSE" end,
+    NULL = function() return "NULL" end,
+    REAL = real_text,
+    ["OCTET STRING"] = function(v) return v:find("[^\32-\126]") and hex_text(v) or v end,
+    ["BIT STRING"] = function(v) return "'" .. v .. "'B" end,
+}
+
+-- Whether Wireshark's own text of a leaf's value is another: it is the
+-- same for integers, enumerations by name and texts that print, which
+-- then need no label of their own.
+local function text_differs(kind, v, t)
+    if kind == "INTEGER" then
+        return false
+    elseif kind == "ENUMERATED" then
+        return not (t.names and t.names[v])
+    elseif kind == "OCTET STRING" then
+        return v:find("[^\32-\126]") ~= nil
+    end
+    return true
 end
 
 ---------------------------------------------------------------------------
@@ -428,63 +447,57 @@ end
 
 local value  -- defined below; the three shapes call each other
 
--- The range of the octets from `from` to the read position.
-local function range(d, from)
-    return d.tvb(from - 1, d.pos - from)
-end
-
 -- An element of type `m.t` whose tag and length were read, shown as `name`.
-local function element(d, m, tag, len, parent, name, from)
+local function element(m, tag, len, parent, name, from)
     if not m.explicit then
-        return value(d, m.t, tag, len, parent, name, m.field, from)
+        return value(m.t, tag, len, parent, name, m.field, from)
     end
     local outer, n1, n2 = len
-    tag, n1 = read_tag(d)
+    tag, n1 = read_tag()
     if m.inner and tag ~= m.inner then
         fail(name .. " has another tag inside its explicit tag")
     end
-    len, n2 = read_length(d)
-    local count = n1 + n2 + value(d, m.t, tag, len, parent, name, m.field, from)
+    len, n2 = read_length()
+    local count = n1 + n2 + value(m.t, tag, len, parent, name, m.field, from)
     if outer == INDEFINITE then
-        count = count + read_eoc(d)
+        count = count + read_eoc()
     end
     return count
 end
 
-local function sequence(d, t, len, item)
+local function sequence(t, len, item)
     local members = t.members
     if #members == 0 then
         if len == INDEFINITE then
-            return read_eoc(d)
+            return read_eoc()
         elseif len ~= 0 then
             fail(t.name .. " is empty and has content")
         end
         return 0
-    end
-    if t.allOptional and len == 0 then
+    elseif t.allOptional and len == 0 then
         return 0
     end
-    local from = d.pos
-    local tag, count = read_tag(d)
+    local from = pos
+    local tag, count = read_tag()
     if t.allOptional and len == INDEFINITE and tag == 0 then
-        return count + eoc_second_octet(d)
+        return count + eoc_second_octet()
     end
     local n
     for i = 1, #members do
         local m = members[i]
         if m.accepts[tag] then
             local mlen
-            mlen, n = read_length(d)
-            count = count + n + element(d, m, tag, mlen, item, m.name, from)
+            mlen, n = read_length()
+            count = count + n + element(m, tag, mlen, item, m.name, from)
             if i < #members then
                 if m.tail and count == len then
                     return count
                 end
-                from = d.pos
-                tag, n = read_tag(d)
+                from = pos
+                tag, n = read_tag()
                 count = count + n
                 if m.tail and len == INDEFINITE and tag == 0 then
-                    return count + eoc_second_octet(d)
+                    return count + eoc_second_octet()
                 end
             end
         elseif not m.optional then
@@ -492,27 +505,27 @@ local function sequence(d, t, len, item)
         end
     end
     if len == INDEFINITE then
-        return count + read_eoc(d)
+        return count + read_eoc()
     elseif count ~= len then
         fail(format("the members of %s take %d of its %d octets", t.name, count, len))
     end
     return count
 end
 
-local function list(d, t, len, item)
+local function list(t, len, item)
     local count, index = 0, 0
     while len == INDEFINITE or count < len do
-        local from = d.pos
-        local tag, n = read_tag(d)
+        local from = pos
+        local tag, n = read_tag()
         count = count + n
         if tag == 0 and len == INDEFINITE then
-            return count + eoc_second_octet(d)
+            return count + eoc_second_octet()
         elseif tag ~= SEQUENCE_TAG then
             fail("an element of " .. t.name .. " is no sequence")
         end
         local elen
-        elen, n = read_length(d)
-        count = count + n + value(d, t.element, tag, elen, item, "[" .. index .. "]", nil, from)
+        elen, n = read_length()
+        count = count + n + value(t.element, tag, elen, item, "[" .. index .. "]", nil, from)
         index = index + 1
     end
     return count
@@ -520,99 +533,107 @@ end
 
 -- The alternative that `tag` selects joins its name to the choice's
 -- (`upTransMsg.order`); the choice's own field, hidden, holds its name.
-local function choice(d, t, tag, len, parent, name, field, from)
+local function choice(t, tag, len, parent, name, field, from)
     local alt = t.byTag[tag]
     if not alt then
         fail(format("%s has no alternative of tag %08X", t.name, tag))
     end
-    d.alternative = d.alternative or alt.name
+    alternative = alternative or alt.name
     if parent and field then
-        parent:add(field, range(d, from), alt.name):set_hidden()
+        parent:add(field, msg_tvb(from - 1, 0), alt.name):set_hidden()
     end
-    return element(d, alt, tag, len, parent, name and name .. "." .. alt.name or alt.name, from)
+    return element(alt, tag, len, parent, name and name .. "." .. alt.name or alt.name, from)
 end
 
 -- Decodes the content of a value of type `t` whose element began at `from`
 -- with `tag` and `len`, and shows it under `parent` (none: only decode) as
 -- `name`, with `field`; returns the octets counted.
-function value(d, t, tag, len, parent, name, field, from)
+function value(t, tag, len, parent, name, field, from)
     local kind = t.kind
     if kind == "CHOICE" then
-        return choice(d, t, tag, len, parent, name, field, from)
+        return choice(t, tag, len, parent, name, field, from)
     end
-    local decode = kind == "SEQUENCE" and sequence or kind == "SET OF" and list
-    if decode then
+    local shape = kind == "SEQUENCE" and sequence or kind == "SET OF" and list
+    if shape then
         local item
         if parent then
             -- Its extent as announced, until it is known.
-            local size = len == INDEFINITE and d.last - from + 1 or math.min(d.pos - from + len, d.last - from + 1)
-            item = field and parent:add(field, d.tvb(from - 1, size)) or parent:add(d.tvb(from - 1, size), name)
-            item:set_text(name)
-            d.lines = d.lines + 1
+            local size = len == INDEFINITE and last - from + 1 or math.min(pos - from + len, last - from + 1)
+            local range = msg_tvb(from - 1, size)
+            if field then
+                item = parent:add(field, range)
+                item:set_text(name)
+            else
+                item = parent:add(range, name)
+            end
+            lines = lines + 1
         end
-        local before = d.lines
-        local count = decode(d, t, len, item)
+        local before = lines
+        local count = shape(t, len, item)
         if item then
-            item:set_len(d.pos - from)
-            if d.lines == before then
+            item:set_len(pos - from)
+            if lines == before then
                 item:append_text(kind == "SEQUENCE" and " {}" or " []")
             end
         end
         return count
     end
-    local v, text, count = leaves[kind](d, tag, len, t)
+    local v, count = leaves[kind](tag, len)
     if parent then
-        local label = name .. ": " .. text
+        local range = msg_tvb(from - 1, pos - from)
         if v == nil then
-            parent:add(field, range(d, from)):set_text(label)
+            parent:add(field, range):set_text(name .. ": NULL")
+        elseif text_differs(kind, v, t) or name:find(".", 1, true) then
+            -- A text's field holds what is shown: its octets in hex where they do not all print.
+            local text = text_of[kind](v, t)
+            parent:add(field, range, kind == "OCTET STRING" and text or v, name .. ": " .. text)
         else
-            parent:add(field, range(d, from), v, label)
+            parent:add(field, range, v)
         end
-        d.lines = d.lines + 1
+        lines = lines + 1
     end
     return count
 end
 
--- The message of envelope `env` from d.pos to d.last, its lines under
--- `item`; returns the octets the decoders count.
-local function message(d, env, item)
-    local from = d.pos
-    local tag, n1 = read_tag(d)
+-- The message of envelope `env`, its lines under `item`; returns the
+-- octets the decoders count.
+local function message(env, item)
+    local from = pos
+    local tag, n1 = read_tag()
     if env.kind ~= "CHOICE" and tag ~= env.tag then
         fail(env.name .. " has another tag")
     end
-    local len, n2 = read_length(d)
+    local len, n2 = read_length()
     local count
     if env.kind == "CHOICE" then
-        count = choice(d, env, tag, len, item, nil, nil, from)
+        count = choice(env, tag, len, item, nil, nil, from)
     else
-        local before = d.lines
-        count = sequence(d, env, len, item)
-        if item and d.lines == before then
-            item:add(d.tvb(from - 1, d.pos - from), "{}")
+        count = sequence(env, len, item)
+        if item and lines == 0 then
+            item:add(msg_tvb(from - 1, pos - from), "{}")
         end
     end
-    if d.failed then
+    if failed then
         fail("the message ends inside a value")
     end
     return n1 + n2 + count
 end
 
--- Decodes the `size` octets of s from `at` as `env`; shows them under
--- `item` if given. Returns nil when they decode, else why not and where
--- decoding stopped.
+-- Decodes the `size` octets of `s` from `at` as `env`, and shows them
+-- under `item` if given. Returns nil when they decode, else why not and
+-- where decoding stopped; and the first alternative met.
 local function decode(tvb, s, at, size, env, item)
-    local d = { s = s, pos = at, last = at + size - 1, failed = false, tvb = tvb, lines = 0 }
-    local ok, result = pcall(message, d, env, item)
+    msg, pos, last, failed, msg_tvb, lines, alternative = s, at, at + size - 1, false, tvb, 0, nil
+    local ok, result = pcall(message, env, item)
     if not ok then
         if type(result) ~= "table" or not result.failure then
             error(result, 0)
         end
-        return result.failure, d.pos, d.alternative
+        return result.failure, pos, alternative
     elseif result ~= size then
-        return format("it decodes in %d of its %d octets", result, size), at + math.min(result, size), d.alternative
+        return format("it decodes in %d of its %d octets", result, size), at + math.min(result, size), alternative
     end
-    return nil, nil, d.alternative
+    return nil, nil, alternative
 end
 
 ---------------------------------------------------------------------------
@@ -803,7 +824,9 @@ end
 local function show_message(tvb, tree, s, at, size, env, info)
     local item = tree:add(zol, tvb(at - 1, size))
     item:add(f_message, tvb(at - 1, size), env.name)
-    local why, stop, alternative = decode(tvb, s, at, size, env, item)
+    -- Without a tree (tshark's summary lines) an item has no text, and the
+    -- message is only decoded, for the Info column.
+    local why, stop, alternative = decode(tvb, s, at, size, env, item.text and item)
     local text = env.name .. (alternative and " " .. alternative or "")
     if why then
         item:add_tvb_expert_info(malformed, tvb(stop - 1, stop < at + size and 1 or 0),
