@@ -102,9 +102,11 @@ protected:
     }
 
     // tshark with the dissector over `capture`; `how` tells it the port.
+    // It runs in a German locale (where the machine has it), whose decimal
+    // comma must not reach the reals shown.
     std::string Dissect(const std::string& capture, const std::string& how, const std::string& more = "-V -O zol") {
-        std::string out = Run("WIRESHARK_CONFIG_DIR=" + dir_ + " tshark -X lua_script:" ZOL_LUA " " + how + " -r " +
-                              capture + " " + more);
+        std::string out = Run("LC_ALL=de_DE.UTF-8 WIRESHARK_CONFIG_DIR=" + dir_ + " tshark -X lua_script:" ZOL_LUA " " +
+                              how + " -r " + capture + " " + more);
         EXPECT_EQ(out.find("Lua Error"), std::string::npos) << out;
         EXPECT_EQ(Stderr().find("Lua Error"), std::string::npos) << Stderr();
         return out;

@@ -57,7 +57,7 @@ for _, t in ipairs(defined) do
     if t.element then
         t.element = resolved(t.element)
     end
-    t.byTag = {}  -- a choice: its alternatives by the tags they take
+    t.byTag = t.kind == "CHOICE" and {} or nil  -- its alternatives by the tags they take
     for _, m in ipairs(t.members or {}) do
         m.name, m.t = m[1], resolved(m[2])
         local kind = m.t.kind
@@ -68,7 +68,9 @@ for _, t in ipairs(defined) do
             m.accepts = {}
             for _, tag in ipairs(m.tags) do
                 m.accepts[tag] = m
-                t.byTag[tag] = m
+                if t.byTag then
+                    t.byTag[tag] = m
+                end
             end
         end
     end
@@ -86,6 +88,10 @@ zol.experts = { malformed }
 
 ---------------------------------------------------------------------------
 -- Values as zoldump --brief shows them, without the quotes of texts.
+
+-- The C library's decimal point in the locale Wireshark runs in: a comma
+-- in German. zoldump's reals have a point.
+local POINT = format("%.1f", 0.5):sub(2, -2)
 
 -- The shortest text that reads back as `x`: with a decimal point and no
 -- exponent from 1e-5 to 1e15.
@@ -106,12 +112,20 @@ local function real_text(x)
             break
         end
     end
-    return text
+    local at = POINT ~= "." and text:find(POINT, 1, true)
+    return at and text:sub(1, at - 1) .. "." .. text:sub(at + #POINT) or text
 end
 
 -- The octets of a text that does not print (all of 20 to 7E), in hex.
 local function hex_text(s)
     return "'" .. s:gsub(".", function(c) return format("%02X", byte(c)) end) .. "'H"
+end
+
+-- A tag word as its identifier octets in hex ("BF 82 1D").
+local function tag_octets(tag)
+    local first, second = math.floor(tag / 0x1000000), math.floor(tag / 0x10000) % 256
+    local form = first % 32 ~= 31 and "%02X" or second < 0x80 and "%02X %02X" or "%02X %02X %02X"
+    return format(form, first, second, math.floor(tag / 0x100) % 256)
 end
 
 local function bits_text(octets, count)
@@ -536,7 +550,7 @@ end
 local function choice(t, tag, len, parent, name, field, from)
     local alt = t.byTag[tag]
     if not alt then
-        fail(format("%s has no alternative of tag %08X", t.name, tag))
+        fail(format("%s has no alternative of the tag %s", t.name, tag_octets(tag)))
     end
     alternative = alternative or alt.name
     if parent and field then
