@@ -6,10 +6,26 @@
 local zol = Proto("zol", "zol trading protocol")
 
 local byte, format, sub, concat = string.byte, string.format, string.sub, table.concat
-local band = bit32.band
+local floor = math.floor
+
+-- Bit `n` (0 the lowest) of `x`, without bit32, which Lua 5.3 and 5.4 lack.
+local function bit(x, n)
+    return floor(x / 2 ^ n) % 2
+end
+
+-- m * 2^p, exactly as the C library's ldexp, which Lua 5.3 and 5.4 lack.
+local ldexp = math.ldexp or function(m, p)
+    while p > 1000 and m ~= 0 do
+        m, p = m * 2.0 ^ 1000, p - 1000
+    end
+    while p < -1000 and m ~= 0 do
+        m, p = m * 2.0 ^ -1000, p + 1000
+    end
+    return m * 2.0 ^ p
+end
 
 local INDEFINITE = 0xFFFFFFFF      -- the indefinite length; a definite FFFFFFFF reads alike, as in the decoders
-local CONSTRUCTED = 0x20000000     -- the constructed bit of a tag word
+local CONSTRUCTED = 0x20000000     -- the constructed bit of a tag word, bit 29
 local SEQUENCE_TAG = 0x30000000
 local OCTET_STRING_TAG = 0x04000000
 local BIT_STRING_TAG = 0x03000000
@@ -123,16 +139,16 @@ end
 
 -- A tag word as its identifier octets in hex ("BF 82 1D").
 local function tag_octets(tag)
-    local first, second = math.floor(tag / 0x1000000), math.floor(tag / 0x10000) % 256
+    local first, second = floor(tag / 0x1000000), floor(tag / 0x10000) % 256
     local form = first % 32 ~= 31 and "%02X" or second < 0x80 and "%02X %02X" or "%02X %02X %02X"
-    return format(form, first, second, math.floor(tag / 0x100) % 256)
+    return format(form, first, second, floor(tag / 0x100) % 256)
 end
 
 local function bits_text(octets, count)
     local bits = {}
     for i = 0, count - 1 do
-        local octet = byte(octets, math.floor(i / 8) + 1)
-        bits[i + 1] = band(octet, 2 ^ (7 - i % 8)) ~= 0 and "1" or "0"
+        local octet = byte(octets, floor(i / 8) + 1)
+        bits[i + 1] = bit(octet, 7 - i % 8) == 1 and "1" or "0"
     end
     return concat(bits)
 end
@@ -332,7 +348,7 @@ function leaves.NULL(_, len)
     return nil, 0
 end
 
-local REAL_BASE_BITS = { [0x00] = 1, [0x10] = 3, [0x20] = 4 }  -- base 2, 8, 16
+local REAL_BASE_BITS = { [0] = 1, [1] = 3, [2] = 4 }  -- bits 5 and 4 of the first octet: base 2, 8, 16
 
 -- Binary reals, their special values, and zero.
 function leaves.REAL(_, len)
@@ -370,17 +386,17 @@ function leaves.REAL(_, len)
         end
         mantissa = mantissa * 256 + get_byte()
     end
-    local base_bits = REAL_BASE_BITS[band(first, 0x30)]
+    local base_bits = REAL_BASE_BITS[bit(first, 5) * 2 + bit(first, 4)]
     if not base_bits then
         fail("a binary real of the base that is reserved")
     end
-    local power = exp * base_bits + band(first, 0x0C) / 4
-    local v = math.ldexp(mantissa, math.max(-100000, math.min(100000, power)))
-    return band(first, 0x40) ~= 0 and -v or v, len
+    local power = exp * base_bits + bit(first, 3) * 2 + bit(first, 2)
+    local v = ldexp(mantissa, math.max(-100000, math.min(100000, power)))
+    return bit(first, 6) == 1 and -v or v, len
 end
 
 leaves["OCTET STRING"] = function(tag, len)
-    if band(tag, CONSTRUCTED) == 0 then
+    if bit(tag, 29) == 0 then  -- primitive
         local text = take(len, "the message ends inside a string")
         if failed then
             fail("the message ends inside a string")
@@ -397,7 +413,7 @@ end
 -- A bit string's value is its bits, "0" and "1".
 leaves["BIT STRING"] = function(tag, len)
     local octets, unused
-    if band(tag, CONSTRUCTED) == 0 then
+    if bit(tag, 29) == 0 then  -- primitive
         if len == 0 then
             fail("a bit string without its unused-bits octet")
         end
@@ -702,7 +718,7 @@ local function read_header(s, at, last)
             return MALFORMED
         end
     end
-    if len == INDEFINITE and band(first, 0x20) == 0 then
+    if len == INDEFINITE and bit(first, 5) == 0 then
         return MALFORMED
     end
     return COMPLETE, tag, len, i - at
@@ -750,8 +766,8 @@ end
 -- and the second too where the first says that more follow. Of a tag
 -- word, and of the tag at `p`.
 local function tag_start(tag)
-    local first = math.floor(tag / 0x1000000)
-    return first % 32 == 31 and math.floor(tag / 0x10000) or first
+    local first = floor(tag / 0x1000000)
+    return first % 32 == 31 and floor(tag / 0x10000) or first
 end
 
 local function start_at(s, p, last)
