@@ -41,9 +41,8 @@ std::string ToTree(const std::string& line) {
     return line.substr(0, blank) + ": " + value;
 }
 
-// One message as shown: its type, its lines in zoldump --brief's layout
-// (two blanks a level, `name value`) and, for one that does not decode,
-// why not.
+// One message as shown: its type, its lines as the tree shows them, two
+// blanks a level, and, for one that does not decode, why not.
 struct Shown {
     std::string type;
     std::string lines;
@@ -121,7 +120,7 @@ protected:
         for (std::string line; std::getline(text, line);) {
             if (line.compare(0, 3, "-- ") == 0)
                 messages.push_back({line.substr(3, line.find(',') - 3), "", "", 0});
-            else
+            else if (!messages.empty())
                 messages.back().lines += ToTree(line) + "\n";
         }
         return messages;
