@@ -102,13 +102,14 @@ public:
             Close(head, name, "{}");
             break;
         }
-        case AsnTypeDesc::CHOICE:
+        case AsnTypeDesc::CHOICE: {
             // The alternative in force joins the choice's name.
-            for (const AsnChoiceMemberDesc* m = static_cast<const AsnChoiceTypeDesc*>(r)->members; m->name; ++m)
-                if (AsnType* alt = v._getref(m->name))
-                    return Write(name.empty() ? m->name : name + "." + m->name, *alt, depth);
+            const AsnChoiceMemberDesc* m = AsnChoiceInForce(v);
+            if (AsnType* alt = m ? v._getref(m->name) : nullptr)
+                return Write(name.empty() ? m->name : name + "." + m->name, *alt, depth);
             Line(name, "(none)", depth);
             break;
+        }
         case AsnTypeDesc::SET_OF:
         case AsnTypeDesc::SEQUENCE_OF: {
             size_t head = Open(name, depth);

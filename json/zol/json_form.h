@@ -84,15 +84,15 @@ typename Out::Value Write(Out& out, AsnType& v) {
                 out.Add(object, m->name, Write(out, *member));
         return object;
     }
-    case AsnTypeDesc::CHOICE:
-        // Only the alternative in force answers without create.
-        for (const AsnChoiceMemberDesc* m = static_cast<const AsnChoiceTypeDesc*>(r)->members; m->name; ++m)
-            if (AsnType* alt = v._getref(m->name)) {
-                typename Out::Value object = out.Object();
-                out.Add(object, m->name, Write(out, *alt));
-                return object;
-            }
-        return out.Null();
+    case AsnTypeDesc::CHOICE: {
+        const AsnChoiceMemberDesc* m = AsnChoiceInForce(v);
+        AsnType* alt = m ? v._getref(m->name) : nullptr;
+        if (!alt)
+            return out.Null();
+        typename Out::Value object = out.Object();
+        out.Add(object, m->name, Write(out, *alt));
+        return object;
+    }
     case AsnTypeDesc::SET_OF:
     case AsnTypeDesc::SEQUENCE_OF: {
         typename Out::Value array = out.Array();
