@@ -48,9 +48,9 @@ size_t Distance(const std::string& a, const std::string& b) {
 
 }  // namespace
 
-const AsnTypeDesc* FindTypeNamed(const std::string& name) {
-    static const std::unordered_map<std::string, const AsnTypeDesc*> byName = [] {
-        std::unordered_map<std::string, const AsnTypeDesc*> map;
+const AsnTypeDesc* FindTypeNamed(std::string_view name) {
+    static const std::unordered_map<std::string_view, const AsnTypeDesc*> byName = [] {
+        std::unordered_map<std::string_view, const AsnTypeDesc*> map;
         for (const AsnTypeDesc* t : AllTypes())
             map.emplace(t->name, t);
         return map;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct AsnTypeDesc;
@@ -11,7 +12,7 @@ namespace ZolDump {
 
 // The type named `name`, or null; a lookup in a table made once, so that
 // callers that name a type for every message pay little for it.
-const AsnTypeDesc* FindTypeNamed(const std::string& name);
+const AsnTypeDesc* FindTypeNamed(std::string_view name);
 
 // "no type named NAME; did you mean A, B or C?": the names nearest to
 // `name` in any case, at most three, all as near as the nearest and within
