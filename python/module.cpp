@@ -152,7 +152,7 @@ py::object Decode(py::handle data, py::handle type) {
     return ToPython(*value);
 }
 
-py::bytes Encode(py::handle value, py::handle type) {
+py::object Encode(py::handle value, py::handle type) {
     if (type.is_none())
         throw py::type_error("encode() needs the type of the value");
     std::unique_ptr<AsnType> v(TypeNamed(type)->create());
@@ -162,14 +162,18 @@ py::bytes Encode(py::handle value, py::handle type) {
         PyErr_SetString(encodeError, e.what());
         throw py::error_already_set();
     }
+    // The block is kept for the next value, unless a large one grew it.
     static std::vector<char> block;
     size_t length = 0;
     const char* bytes = ZolDump::EncodeInto(*v, block, length);
+    py::object encoded = bytes ? Owned(PyBytes_FromStringAndSize(bytes, Py_ssize_t(length))) : py::none();
+    if (block.size() > (size_t(1) << 20))
+        std::vector<char>().swap(block);
     if (!bytes) {
         PyErr_SetString(encodeError, "the value does not encode");
         throw py::error_already_set();
     }
-    return Owned(PyBytes_FromStringAndSize(bytes, Py_ssize_t(length)));
+    return encoded;
 }
 
 py::str Text(py::handle data, py::handle type) {

@@ -61,7 +61,7 @@ private:
 // else read.
 class FileSource : public ZolDump::Source {
 public:
-    static const size_t kChunk = 1 << 16;
+    static constexpr size_t kChunk = 1 << 16;
 
     explicit FileSource(py::handle file)
         : read_(py::getattr(file, py::hasattr(file, "read1") ? "read1" : "read")) {}
