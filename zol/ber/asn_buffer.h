@@ -26,7 +26,8 @@ public:
     // Decodes one value out of `bytes` into a newly constructed `value`.
     // 1 for success, 0 for failure. Bytes behind the value are ignored.
     static int Decode(const char* bytes, size_t len, AsnType& value);
-    // Writes `text` and a line end to standard error.
+    // Gives `text` to the line sink (AsnSetLineSink): by default standard
+    // error, with a line end.
     static void Error(const char* text);
 };
 

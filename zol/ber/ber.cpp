@@ -2,16 +2,31 @@
 
 #include <cstdio>
 
-void AsnDecodeFail(DecodeEnv env, int code, const char* text) {
+namespace {
+
+AsnLineSink lineSink = {nullptr, nullptr};
+
+}  // namespace
+
+AsnLineSink AsnSetLineSink(AsnLineSink sink) {
+    AsnLineSink replaced = lineSink;
+    lineSink = sink;
+    return replaced;
+}
+
+void AsnWriteLine(const char* text) {
+    if (lineSink.write)
+        return lineSink.write(text, lineSink.context);
     std::fputs(text, stderr);
     std::fputc('\n', stderr);
+}
+
+void AsnDecodeFail(DecodeEnv env, int code, const char* text) {
+    AsnWriteLine(text);
     std::longjmp(env, code);
 }
 
-void AsnWarn(const char* text) {
-    std::fputs(text, stderr);
-    std::fputc('\n', stderr);
-}
+void AsnWarn(const char* text) { AsnWriteLine(text); }
 
 AsnLen BEncLenSlow(AsnBuf& b, AsnLen len) {
     if (len < 0x80u) {
