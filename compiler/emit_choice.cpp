@@ -180,7 +180,8 @@ $accepts            return true;
     v.insert(v.end(), {{"mdescs", ForMembers("    AsnChoiceMemberDesc(\"$name\", &${cls}::_desc, $id),\n", c, v)},
                        {"D", "AsnChoiceTypeDesc"},
                        {"MD", "AsnChoiceMemberDesc"},
-                       {"K", "CHOICE"}});
+                       {"K", "CHOICE"},
+                       {"inForce", Fill(", AsnChoiceIdOf<$T>", v)}});
     t.Both(kMembersDescDecls, kMembersDesc, v);
 
     v.emplace_back("current", ForMembers("    case $cid:\n        return $m;\n", c, v));

@@ -177,7 +177,8 @@ const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
     v.insert(v.end(), {{"mdescs", ForMembers("    AsnSe_MemberDesc(\"$name\", &${cls}::_desc, $optional),\n", c, v)},
                        {"D", "AsnSe_TypeDesc"},
                        {"MD", "AsnSe_MemberDesc"},
-                       {"K", "SEQUENCE"}});
+                       {"K", "SEQUENCE"},
+                       {"inForce", ""}});
     t.header += "\n";
     t.Both(kMembersDescDecls, kMembersDesc, v);
     if (copyStep)

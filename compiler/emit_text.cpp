@@ -175,7 +175,7 @@ const char* const kMembersDescDecls = R"(    static const $D _desc;
 const char* const kMembersDesc = R"(const $MD $T::_mdescs[] = {
 $mdescs    $MD(),
 };
-const $D $T::_desc(&$M, "$T", false, AsnTypeDesc::$K, AsnCreate<$T>, $T::_mdescs);
+const $D $T::_desc(&$M, "$T", false, AsnTypeDesc::$K, AsnCreate<$T>, $T::_mdescs$inForce);
 )";
 const char* const kEncodeDecls = R"(    AsnLen BEncContent(AsnBuf& b) const;
     AsnLen BEnc(AsnBuf& b) const override;

@@ -130,6 +130,16 @@ struct Emitted {
 Emitted EmitModule(const ModuleModel& m);
 Emitted EmitIndex(const Schema& schema, const std::string& indexStem);
 
+// The types a message on the wire may be: those a client sends, and those
+// the host answers with, each in the order a reader tries them.
+struct Envelopes {
+    std::vector<std::string> requests;
+    std::vector<std::string> replies;
+};
+// The Wireshark dissector: the types of all modules as Lua tables, the
+// envelopes, then `runtime`, its hand-written part.
+std::string EmitLua(const Schema& schema, const Envelopes& envelopes, const std::string& runtime);
+
 // The identifier octets of a tag word as hex text, for comments.
 std::string HexTag(uint32_t tag);
 const char* KindText(Kind k);

@@ -42,7 +42,7 @@ const std::set<std::string> kRuntimeNames = {
     "BEncTag", "BEncLenTag", "BEncShortLenTag", "AsnDecodeFail", "AsnWarn", "AsnSeqTailEnds",
     "AsnSeqEnd", "AsnEmptySeqContent", "AsnDecWhole", "AsnPrintOpen", "AsnPrintClose",
     "AsnPrintEmptySeq", "AsnPrintSeparator", "AsnPrintMember", "AsnPrintChoice", "AsnAssign",
-    "AsnMergeLeaf", "AsnMerge", "AsnCopy", "AsnCopyAlt", "AsnRef", "AsnCreate", "AsnNameIs", "AsnListRefName",
+    "AsnMergeLeaf", "AsnMerge", "AsnCopy", "AsnCopyAlt", "AsnRef", "AsnCreate", "AsnChoiceIdOf", "AsnNameIs", "AsnListRefName",
     "AsnListRefKind", "AsnListRefNone", "AsnListRefIndex", "AsnListRefInsert",
     "AsnMissingElmtText", "AsnLengthDiscrepancyText", "AsnUnexpectedTagText", "AsnChoiceTagText",
     "AsnEmptySequenceText", "AsnConstructedBit", "AsnElmtOf", "AsnListLink", "AsnListRemoveCurr",

@@ -66,8 +66,8 @@ void Walk(const std::string& path, AsnType& v) {
                 Walk(prefix + m->name, *member);
         break;
     case AsnTypeDesc::CHOICE:
-        // Only the alternative in force answers.
-        for (const AsnChoiceMemberDesc* m = static_cast<const AsnChoiceTypeDesc*>(d)->members; m->name; ++m)
+        // The alternative in force, found by its id; it may hold nothing.
+        if (const AsnChoiceMemberDesc* m = AsnChoiceInForce(v))
             if (AsnType* alt = v._getref(m->name)) {
                 std::printf("%-44s alternative %s, id %d\n", path.empty() ? "(choice)" : path.c_str(), m->name,
                             m->choiceid);

@@ -234,6 +234,24 @@ TEST(FrontDoor, TheRootClassSaysItIsImproperlyFormed) {
                          DoorLine("(void)", -80));
 }
 
+// A program's line sink is given every line instead of standard error, the
+// decoder's and the front door's alike, until the one it replaced is put back.
+TEST(FrontDoor, LinesGoToTheSinkInstalled) {
+    std::string lines;
+    auto keep = [](const char* line, void* context) { *static_cast<std::string*>(context) += line + std::string("|"); };
+    AsnLineSink before = AsnSetLineSink({keep, &lines});
+    Zol::ZolTransRep v;
+    Outcome o = Decode(Bytes("B2 03 04 05 41"), v);
+    AsnLineSink mine = AsnSetLineSink(before);
+    EXPECT_EQ(o.result, 0);
+    EXPECT_EQ(o.err, "");
+    EXPECT_EQ(lines, "BDecOctetString: ERROR - decoded past end of data|Decode for ZolTransRep failed with code:(-14)\n|");
+    EXPECT_TRUE(mine.write == keep && mine.context == &lines);
+    Zol::ZolTransRep again;
+    EXPECT_EQ(Decode(Bytes("B2 03 04 05 41"), again).err,
+              "BDecOctetString: ERROR - decoded past end of data\n" + DoorLine("ZolTransRep", -14));
+}
+
 // Indentation of any depth.
 TEST(Print, IndentWritesTheBlanksAskedFor) {
     for (unsigned short n : {0, 1, 64, 65, 200}) {

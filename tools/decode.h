@@ -1,9 +1,7 @@
-// Decoding the messages of an input as its bytes arrive. The runtime's TLV
-// reader frames each message, so that only a message and a chunk are held;
-// the decoders then read the complete message.
+// zoldump's decoding: each message of an input shown as it arrives, read by
+// the shared MessageReader.
 #pragma once
 
-#include <cstddef>
 #include <string>
 
 #include "options.h"
@@ -13,12 +11,6 @@ struct AsnTypeDesc;
 namespace ZolDump {
 
 class Input;
-struct Outcome;
-struct Window;
-
-// The largest message zoldump takes: one longer is refused as soon as its
-// header says so, before its bytes are read.
-const size_t kMessageLimit = size_t(64) << 20;
 
 class Decoder {
 public:
@@ -33,11 +25,8 @@ public:
     unsigned long bad() const { return bad_; }
 
 private:
-    Outcome Next(Input& in, Window& w);
-    Outcome Decode(const Window& w, size_t frame, const char* fault);
-
     const Options& o_;
-    const AsnTypeDesc* type_ = nullptr;
+    const AsnTypeDesc* type_;  // from --type, or null
     unsigned long good_ = 0;
     unsigned long bad_ = 0;
     std::string out_;  // the form of one message, reused

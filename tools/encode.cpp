@@ -10,6 +10,7 @@
 #include <zol/zol.h>
 
 #include "input.h"
+#include "messages.h"
 #include "types.h"
 
 namespace ZolDump {
@@ -28,16 +29,12 @@ std::string ToHex(const std::string& bytes) {
 
 // The BER of one value, in a block as large as it needs.
 std::string EncodeValue(const AsnType& v) {
-    std::vector<char> block(1 << 16);
-    for (;;) {
-        size_t length = 0;
-        char* p = Zol::AsnBuffer::Encode(block.data(), block.size(), v, length);
-        if (p)
-            return std::string(p, length);
-        if (length < block.size())
-            throw InputError{"the value does not encode"};
-        block.resize(length + 1);
-    }
+    std::vector<char> block;
+    size_t length = 0;
+    const char* p = EncodeInto(v, block, length);
+    if (!p)
+        throw InputError{"the value does not encode"};
+    return std::string(p, length);
 }
 
 // The type and the value of one JSON document read without --type.

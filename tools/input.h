@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "messages.h"
+
 namespace ZolDump {
 
 // Input that zoldump cannot go on with: the line that says why.
@@ -14,21 +16,21 @@ struct InputError {
     std::string what;
 };
 
-class Input {
+class Input : public Source {
 public:
     // `file` null or "-" is standard input. Throws InputError with the
     // system's reason when the file cannot be opened.
     Input(const char* file, bool hex);
-    ~Input();
+    ~Input() override;
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
     // Appends to `bytes` what one read(2) gives, waiting only when nothing
     // has arrived. False at the end of the input. Throws InputError on a
     // read error or bad hex text.
-    bool Read(std::string& bytes);
+    bool Read(std::string& bytes) override;
     // Whether a Read would return without waiting.
-    bool Ready() const;
+    bool Ready() const override;
     // The whole rest of the input.
     std::string ReadAll();
 

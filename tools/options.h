@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+struct AsnTypeDesc;
+
 namespace ZolDump {
 
 enum class Form { Text, Brief, Json };
@@ -30,5 +32,9 @@ struct UsageError {
 };
 
 Options ParseArgs(int argc, char** argv);
+
+// The type named `name`; throws UsageError naming the nearest names when
+// there is none.
+const AsnTypeDesc* TypeNamed(const char* name);
 
 }  // namespace ZolDump

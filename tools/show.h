@@ -22,12 +22,6 @@ struct Place {
 // first message shown.
 void Show(Form form, const Place& place, AsnType& message, bool first, std::string& out);
 
-// The brief form: one line per member present, its name and, for a leaf,
-// its value; the members of a constructed member follow on lines indented
-// two more. Enumerations show their names, octet strings as "text" when
-// every octet is printable, else as 'hex'H.
-void Brief(AsnType& value, std::string& out);
-
 // A line of zoldump's own on standard error, "zoldump: " first, after
 // what was shown.
 void Say(const std::string& line);

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <vector>
+#include <unordered_map>
 
 #include <zol/zol.h>
-
-#include "options.h"
 
 namespace ZolDump {
 
@@ -20,11 +18,14 @@ std::string Lower(const char* s) {
 }
 
 // Every type of every module, modules in the library's order.
-std::vector<const AsnTypeDesc*> AllTypes() {
-    std::vector<const AsnTypeDesc*> all;
-    for (const AsnModuleDesc* const* m = Zol::AsnModules; *m; ++m)
-        for (const AsnTypeDesc* const* t = (*m)->types; *t; ++t)
-            all.push_back(*t);
+const std::vector<const AsnTypeDesc*>& AllTypes() {
+    static const std::vector<const AsnTypeDesc*> all = [] {
+        std::vector<const AsnTypeDesc*> types;
+        for (const AsnModuleDesc* const* m = Zol::AsnModules; *m; ++m)
+            for (const AsnTypeDesc* const* t = (*m)->types; *t; ++t)
+                types.push_back(*t);
+        return types;
+    }();
     return all;
 }
 
@@ -45,10 +46,21 @@ size_t Distance(const std::string& a, const std::string& b) {
     return row[b.size()];
 }
 
-// "; did you mean A, B or C?": the names nearest to `name` in any case,
-// at most three, all as near as the nearest and within a third of its length.
-std::string Nearest(const char* name) {
-    std::string wanted = Lower(name);
+}  // namespace
+
+const AsnTypeDesc* FindTypeNamed(std::string_view name) {
+    static const std::unordered_map<std::string_view, const AsnTypeDesc*> byName = [] {
+        std::unordered_map<std::string_view, const AsnTypeDesc*> map;
+        for (const AsnTypeDesc* t : AllTypes())
+            map.emplace(t->name, t);
+        return map;
+    }();
+    auto it = byName.find(name);
+    return it == byName.end() ? nullptr : it->second;
+}
+
+std::string NoTypeNamed(const std::string& name) {
+    std::string wanted = Lower(name.c_str());
     size_t best = std::max<size_t>(2, wanted.size() / 3);
     std::vector<const char*> near;
     for (const AsnTypeDesc* t : AllTypes()) {
@@ -63,27 +75,24 @@ std::string Nearest(const char* name) {
     std::string text;
     for (size_t i = 0; i < near.size(); ++i)
         text += (i == 0 ? "" : i + 1 == near.size() ? " or " : ", ") + std::string(near[i]);
-    return text.empty() ? "" : "; did you mean " + text + "?";
+    return "no type named " + name + (text.empty() ? "" : "; did you mean " + text + "?");
 }
 
-}  // namespace
-
-const AsnTypeDesc* TypeNamed(const char* name) {
-    if (const AsnTypeDesc* t = Zol::FindType(name))
-        return t;
-    throw UsageError{std::string("no type named ") + name + Nearest(name), "--list-types"};
+std::vector<const AsnTypeDesc*> TypesMatching(const char* filter) {
+    std::string wanted = filter ? Lower(filter) : "";
+    std::vector<const AsnTypeDesc*> matching;
+    for (const AsnTypeDesc* t : AllTypes())
+        if (Lower(t->name).find(wanted) != std::string::npos ||
+            Lower(t->module->name).find(wanted) != std::string::npos)
+            matching.push_back(t);
+    return matching;
 }
 
 std::string TypeList(const char* filter) {
-    std::string wanted = filter ? Lower(filter) : "";
-    std::vector<const AsnTypeDesc*> listed;
+    std::vector<const AsnTypeDesc*> listed = TypesMatching(filter);
     size_t width = 0;
-    for (const AsnTypeDesc* t : AllTypes())
-        if (Lower(t->name).find(wanted) != std::string::npos ||
-            Lower(t->module->name).find(wanted) != std::string::npos) {
-            listed.push_back(t);
-            width = std::max(width, std::string(t->name).size());
-        }
+    for (const AsnTypeDesc* t : listed)
+        width = std::max(width, std::string(t->name).size());
     std::string out;
     for (const AsnTypeDesc* t : listed)
         out += t->name + std::string(width + 2 - std::string(t->name).size(), ' ') + t->module->name + "\n";

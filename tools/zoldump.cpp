@@ -96,6 +96,12 @@ Options ParseArgs(int argc, char** argv) {
     return o;
 }
 
+const AsnTypeDesc* TypeNamed(const char* name) {
+    if (const AsnTypeDesc* t = FindTypeNamed(name))
+        return t;
+    throw UsageError{NoTypeNamed(name), "--list-types"};
+}
+
 namespace {
 
 int Decode(const Options& o) {

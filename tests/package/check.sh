@@ -1,11 +1,11 @@
 #!/bin/sh
-# Runs the README's section "Installing and using it from another project"
-# as a user would: its files are written (a fenced block whose first line
-# is a comment naming the file), its sh blocks run with DIR replaced (the
-# `cmake --install build` block where build is this build tree, the others
-# in the user's folder), and each `$ command` of its text blocks must print
-# exactly the lines under it. Then the installed headers must compile
-# under -Wshadow, and the installed zoldump must run.
+# Runs the README's section "A first program" and then the page
+# docs/install.md as a user would: their files are written (a fenced block
+# whose first line is a comment naming the file), their sh blocks run with
+# DIR replaced (the `cmake --install build` block where build is this build
+# tree, the others in the user's folder), and each `$ command` of their
+# text blocks must print exactly the lines under it. Then the installed
+# headers must compile under -Wshadow, and the installed zoldump must run.
 #   check.sh SOURCE_DIR BUILD_DIR CXX [FLAGS]
 # CXX with FLAGS (a sanitized build's) stands in for `c++` and CMake's compiler.
 set -eu
@@ -24,15 +24,18 @@ fail() {
   exit 1
 }
 
-# The section's fenced blocks, numbered and named by language: blocks/01.sh ...
+# The fenced blocks in the order a user meets them, numbered and named by
+# language: blocks/01.sh ... Each file is read from its section `heading`,
+# or whole where the heading is empty.
 awk -v out="$work/blocks" '
-  /^## / { inside = ($0 == "## Installing and using it from another project") }
+  FNR == 1 { inside = heading == "" }
+  /^## / && heading != "" { inside = ($0 == heading) }
   inside && /^```/ {
     if (file) { close(file); file = "" } else { file = sprintf("%s/%02d.%s", out, ++n, substr($0, 4)); printf "" > file }
     next
   }
   inside && file { print > file }
-' "$src/README.md"
+' heading="## A first program" "$src/README.md" heading= "$src/docs/install.md"
 
 # Runs a `$ command` in the user's folder; what it prints must be the lines
 # gathered under it.
@@ -42,7 +45,7 @@ compare() {
   (cd "$work/app" && sh -c "$cmd") </dev/null >"$work/actual" 2>&1 || fail "$cmd failed: $(cat "$work/actual")"
   cmp -s "$work/expected" "$work/actual" || fail "$cmd printed:
 $(cat "$work/actual")
-where the README shows:
+where the documentation shows:
 $(cat "$work/expected")"
 }
 
@@ -69,7 +72,7 @@ for block in "$work"/blocks/*; do
       compare ;;
   esac
 done
-[ "$ran" -ge 3 ] && [ "$compared" -ge 4 ] ||
+[ "$ran" -ge 4 ] && [ "$compared" -ge 5 ] ||
   fail "ran $ran command blocks and $compared programs; expected the install, CMake and pkg-config ones"
 
 # Every installed header, generated ones included, in one translation unit.

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "zol/ber/ber.h"
 #include "zol/meta/asn_reflect.h"
 
 namespace Zol {
@@ -77,9 +78,6 @@ int AsnBuffer::Decode(const char* bytes, size_t len, AsnType& value) {
     return 0;
 }
 
-void AsnBuffer::Error(const char* text) {
-    std::fputs(text, stderr);
-    std::fputc('\n', stderr);
-}
+void AsnBuffer::Error(const char* text) { AsnWriteLine(text); }
 
 }  // namespace Zol

@@ -34,7 +34,8 @@ public:
     // value is left cleared (AsnType::Clear), so that it may be destroyed
     // or decoded into again; after other failures it must be destroyed.
     static int Decode(const char* bytes, size_t len, AsnType& value);
-    // Writes `text` and a line end to standard error.
+    // Gives `text` to the line sink (AsnSetLineSink): by default standard
+    // error, with a line end.
     static void Error(const char* text);
 };
 

@@ -2,9 +2,29 @@
 
 #include <cstdio>
 
-void AsnDecodeFail(DecodeEnv env, int code, const char* text) {
+#include "zol/ber/asn_thread.h"
+
+namespace {
+
+ZOL_THREAD_LOCAL AsnLineSink lineSink = {nullptr, nullptr};
+
+}  // namespace
+
+AsnLineSink AsnSetLineSink(AsnLineSink sink) {
+    AsnLineSink replaced = lineSink;
+    lineSink = sink;
+    return replaced;
+}
+
+void AsnWriteLine(const char* text) {
+    if (lineSink.write)
+        return lineSink.write(text, lineSink.context);
     std::fputs(text, stderr);
     std::fputc('\n', stderr);
+}
+
+void AsnDecodeFail(DecodeEnv env, int code, const char* text) {
+    AsnWriteLine(text);
     std::longjmp(env, code);
 }
 
@@ -12,10 +32,7 @@ const char* const AsnOutOfMemoryText = "ERROR - out of memory while decoding";
 
 void AsnDecodeOutOfMemory(DecodeEnv env) { AsnDecodeFail(env, AsnOutOfMemoryCode, AsnOutOfMemoryText); }
 
-void AsnWarn(const char* text) {
-    std::fputs(text, stderr);
-    std::fputc('\n', stderr);
-}
+void AsnWarn(const char* text) { AsnWriteLine(text); }
 
 AsnLen BEncLenSlow(AsnBuf& b, AsnLen len) {
     if (len < 0x80u) {

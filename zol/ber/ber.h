@@ -2,10 +2,10 @@
 // end-of-contents, and the failure discipline.
 //
 // A decoder never returns a failure. It writes one line to standard error
-// and long-jumps to the environment of the outermost decode with a non-zero
-// code. No decoder frame may therefore own anything with a destructor, and
-// every allocation is attached to its parent before the next call that can
-// fail.
+// (or to the thread's line sink, below) and long-jumps to the environment
+// of the outermost decode with a non-zero code. No decoder frame may
+// therefore own anything with a destructor, and every allocation is
+// attached to its parent before the next call that can fail.
 #pragma once
 
 #include <csetjmp>
@@ -20,13 +20,29 @@ typedef std::jmp_buf DecodeEnv;
 // per level open, in an array of this many. Deeper nesting is refused.
 const unsigned AsnMaxNesting = 64;
 
-// Writes `text` and a line end to standard error and long-jumps with `code`.
+// Where the library's lines go: the decoders' failure lines, its warnings
+// and the front door's line. By default, with `write` null, to standard
+// error, each followed by a line end; a program that wants them in its
+// log, or as data beside a failed decode, installs a sink of its own, which
+// is given each text without that line end. Each thread has its own sink,
+// which takes the lines of what that thread decodes.
+struct AsnLineSink {
+    void (*write)(const char* line, void* context);
+    void* context;
+};
+// Installs `sink` for the calling thread and returns the one it replaces,
+// to be put back later.
+AsnLineSink AsnSetLineSink(AsnLineSink sink);
+// Gives `text` to the line sink.
+void AsnWriteLine(const char* text);
+
+// Writes `text` as a line and long-jumps with `code`.
 [[noreturn]] void AsnDecodeFail(DecodeEnv env, int code, const char* text);
 // The failure of a decoder whose allocation found the heap exhausted:
 // AsnOutOfMemoryText and AsnOutOfMemoryCode.
 [[noreturn]] void AsnDecodeOutOfMemory(DecodeEnv env);
 extern const char* const AsnOutOfMemoryText;
-// Writes `text` and a line end to standard error and returns.
+// Writes `text` as a line and returns.
 void AsnWarn(const char* text);
 
 // Reads one tag of at most three octets; a third octet with its top bit set

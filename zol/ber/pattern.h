@@ -166,6 +166,12 @@ inline AsnType* AsnCreate() {
     return new (std::nothrow) T;
 }
 
+// A choice descriptor's inForce: the id of the alternative in force.
+template <class C>
+inline int32_t AsnChoiceIdOf(const AsnType& choice) {
+    return static_cast<const C&>(choice).choiceId;
+}
+
 inline bool AsnNameIs(const char* name, const char* member) { return std::strcmp(name, member) == 0; }
 
 // How a list reads a name given to _getref: "insert N", "N", or neither.

@@ -107,12 +107,17 @@ struct AsnMembersTypeDesc : AsnTypeDesc {
     AsnMembersTypeDesc(const AsnMembersTypeDesc&) = default;
 };
 
+// Choices: `inForce` gives the id of the alternative in force of a value of
+// this type (AsnChoiceInForce of asn_reflect.h is the way to call it).
 struct AsnChoiceTypeDesc : AsnMembersTypeDesc {
+    typedef int32_t (*InForceFn)(const AsnType& choice);
+
     const AsnChoiceMemberDesc* members;
+    InForceFn inForce;
 
     AsnChoiceTypeDesc(const AsnModuleDesc* module_, const char* name_, bool pdu_, Type type_,
-                      CreateFn create_, const AsnChoiceMemberDesc* members_)
-        : AsnMembersTypeDesc(module_, name_, pdu_, type_, create_), members(members_) {}
+                      CreateFn create_, const AsnChoiceMemberDesc* members_, InForceFn inForce_)
+        : AsnMembersTypeDesc(module_, name_, pdu_, type_, create_), members(members_), inForce(inForce_) {}
     AsnChoiceTypeDesc(const AsnChoiceTypeDesc&) = default;
 
     // The id of the first alternative named `name`, or -1.

@@ -24,6 +24,18 @@ const AsnTypeDesc* AsnFindType(const AsnModuleDesc* const* modules, const char* 
     return nullptr;
 }
 
+const AsnChoiceMemberDesc* AsnChoiceInForce(const AsnType& choice) {
+    const AsnTypeDesc* d = AsnResolved(choice._getdesc());
+    if (!d || d->type != AsnTypeDesc::CHOICE)
+        return nullptr;
+    const AsnChoiceTypeDesc* c = static_cast<const AsnChoiceTypeDesc*>(d);
+    int32_t id = c->inForce(choice);
+    const AsnChoiceMemberDesc* m = c->members;
+    while (m->name && m->choiceid != id)
+        ++m;
+    return m->name ? m : nullptr;
+}
+
 const AsnListTypeDesc* AsnListDescOf(const AsnType& list) {
     const AsnTypeDesc* d = AsnResolved(list._getdesc());
     return d && d->type == AsnTypeDesc::SET_OF ? static_cast<const AsnListTypeDesc*>(d) : nullptr;

@@ -25,6 +25,13 @@ const char* AsnTypeName(const AsnTypeDesc* d);
 // pointer, as Zol::AsnModules), or null. Names are unique across modules.
 const AsnTypeDesc* AsnFindType(const AsnModuleDesc* const* modules, const char* name);
 
+// The record of the alternative in force of `choice`, a value of a CHOICE
+// type or an alias of one, found by its id; null if `choice` is no choice.
+// Its value is choice._getref(record->name), null while the choice holds
+// nothing. Asking each alternative by name instead compares names, in time
+// that grows with the square of their number.
+const AsnChoiceMemberDesc* AsnChoiceInForce(const AsnType& choice);
+
 // Calls `visit(AsnType& elmt)` with each element of `list`, a value of a
 // SET OF type or an alias of one, first to last, in time linear in their
 // number. The list's cursor does not move.
