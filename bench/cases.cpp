@@ -7,7 +7,7 @@
 
 #include "ber_decoder.h"
 #include "der_encoder.h"
-#include "../tests/messages.h"
+#include "messages.h"
 
 // asn1c's descriptors of the same types. Its headers are not included:
 // they declare C structures under the names of zol's classes.

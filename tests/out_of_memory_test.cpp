@@ -11,7 +11,7 @@
 #include <sstream>
 
 #include "alloc_count.h"
-#include "messages.h"
+#include "../bench/messages.h"
 #include "support.h"
 
 namespace {

@@ -32,7 +32,7 @@ char* DataOrNull() noexcept {
 
 }  // namespace
 
-ZOL_THREAD_LOCAL AsnBuf AsnBuffer::asnBuf;
+__thread AsnBuf AsnBuffer::asnBuf ZOL_INITIAL_EXEC;
 thread_local char (&AsnBuffer::data)[AsnBuffer::BUFSIZE] = ThisThreadsData();
 
 char* AsnBuffer::Encode(char* block, size_t size, const AsnType& value, size_t& length) {

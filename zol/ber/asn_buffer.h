@@ -12,7 +12,7 @@ public:
     static const int BUFSIZE = 30000;
     // Each thread has its own of these two, so that threads decode and
     // encode at the same time. The buffer that Decode reads through:
-    static ZOL_THREAD_LOCAL AsnBuf asnBuf;
+    static __thread AsnBuf asnBuf ZOL_INITIAL_EXEC;
     // The block of the two-argument Encode, and the scratch space of
     // Decode's failure line. It lives on the heap, made at the thread's
     // first use (which throws std::bad_alloc if it cannot be made) and

@@ -8,7 +8,7 @@ void EndPool(AsnThreadEnd*);
 
 }  // namespace
 
-ZOL_THREAD_LOCAL AsnPoolLists asnPool = {{}, {}, 0, 0, {EndPool, nullptr, false}, false};
+__thread AsnPoolLists asnPool ZOL_INITIAL_EXEC = {{}, {}, 0, 0, {EndPool, nullptr, false}, false};
 
 namespace {
 

@@ -43,11 +43,9 @@ struct AsnPoolLists {
     bool ended;
 };
 
-// __thread, not thread_local: an access to a thread_local declared
-// extern first asks whether the variable needs initializing, and this one
-// never does. The initial-exec model puts it one load away, where the
-// default model cost as much as the rest of a take or give.
-extern ZOL_THREAD_LOCAL AsnPoolLists asnPool;
+// One load away (asn_thread.h), where the default model cost as much as the
+// rest of a take or give.
+extern __thread AsnPoolLists asnPool ZOL_INITIAL_EXEC;
 
 // The other cases: a list that is empty or full, a size beyond the lists,
 // the first block of a thread, and every block without the pool.

@@ -4,7 +4,7 @@
 
 namespace {
 
-ZOL_THREAD_LOCAL AsnThreadEnd* ends;  // the calling thread's list
+__thread AsnThreadEnd* ends ZOL_INITIAL_EXEC;  // the calling thread's list
 
 void RunEnds(void*) {
     while (AsnThreadEnd* node = ends) {

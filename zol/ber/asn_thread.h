@@ -1,14 +1,17 @@
 // What the library keeps for each thread, and the end of a thread.
 //
 // Every piece of the library's mutable state belongs to the thread that uses
-// it. Small pieces are thread-local variables of the initial-exec model
-// (ZOL_THREAD_LOCAL): one load from a fixed offset from the thread pointer,
+// it. Small pieces are `__thread` variables of the initial-exec model
+// (ZOL_INITIAL_EXEC): one load from a fixed offset from the thread pointer,
 // where the default model of a shared library calls __tls_get_addr on every
-// access. That model takes its room from a reserve of about a kilobyte when
-// the library is loaded at run time (a Python extension, a plugin), so the
-// library's thread-local storage is kept to a few hundred bytes; larger
-// pieces (the block of the two-argument Encode, the display buffers) live on
-// the heap, one block per thread, made when the thread first needs it.
+// access. `__thread` rather than thread_local: an access to a thread_local
+// declared extern first asks whether the variable needs initialising, and
+// none of these does. The initial-exec model takes its room from a reserve
+// of about a kilobyte when the library is loaded at run time (a Python
+// extension, a plugin), so the library's thread-local storage is kept to a
+// few hundred bytes; larger pieces (the block of the two-argument Encode,
+// the display buffers) live on the heap, one block per thread, made when
+// the thread first needs it.
 //
 // What a thread holds on the heap is given back when it ends, after its
 // thread_local objects have been destroyed, so that their destructors may
@@ -20,7 +23,7 @@
 
 #include <new>
 
-#define ZOL_THREAD_LOCAL __thread __attribute__((tls_model("initial-exec")))
+#define ZOL_INITIAL_EXEC __attribute__((tls_model("initial-exec")))
 
 // A node of a thread's list of things to do when it ends; the owner of some
 // per-thread memory keeps one in its thread-local storage, initialised with
@@ -55,7 +58,7 @@ private:
         AsnThreadEnd end;
         T* object;
     };
-    static ZOL_THREAD_LOCAL Slot slot;
+    static __thread Slot slot ZOL_INITIAL_EXEC;
 
     static T* Make() {
         T* object = new (std::nothrow) T();
@@ -72,4 +75,4 @@ private:
 };
 
 template <class T>
-ZOL_THREAD_LOCAL typename AsnPerThread<T>::Slot AsnPerThread<T>::slot = {{End, nullptr, false}, nullptr};
+__thread typename AsnPerThread<T>::Slot AsnPerThread<T>::slot ZOL_INITIAL_EXEC = {{End, nullptr, false}, nullptr};

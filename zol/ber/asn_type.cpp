@@ -8,7 +8,7 @@
 #include "zol/ber/asn_print.h"
 #include "zol/meta/asn_desc.h"
 
-ZOL_THREAD_LOCAL unsigned short indentLevel = 0;
+__thread unsigned short indentLevel ZOL_INITIAL_EXEC = 0;
 const unsigned short indentStep = 4;
 
 const AsnTypeDesc AsnType::_desc(nullptr, nullptr, false, AsnTypeDesc::VOID, nullptr);
@@ -38,7 +38,7 @@ namespace {
 // The value whose default PrintTo has called its Print on this thread: a
 // class that overrides neither comes back to PrintTo through the default
 // Print.
-ZOL_THREAD_LOCAL const AsnType* handedOver = nullptr;
+__thread const AsnType* handedOver ZOL_INITIAL_EXEC = nullptr;
 
 struct HandedOver {
     const AsnType* outer;

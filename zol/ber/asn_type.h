@@ -80,7 +80,7 @@ inline AsnType* AsnClone(const T& v) noexcept {
 
 // Blanks that a new printed line begins with, the calling thread's own,
 // and the step of one level.
-extern ZOL_THREAD_LOCAL unsigned short indentLevel;
+extern __thread unsigned short indentLevel ZOL_INITIAL_EXEC;
 extern const unsigned short indentStep;
 
 void Indent(std::ostream& os, unsigned short n);

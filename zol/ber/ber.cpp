@@ -6,7 +6,7 @@
 
 namespace {
 
-ZOL_THREAD_LOCAL AsnLineSink lineSink = {nullptr, nullptr};
+__thread AsnLineSink lineSink ZOL_INITIAL_EXEC = {nullptr, nullptr};
 
 }  // namespace
 

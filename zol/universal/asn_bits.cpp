@@ -9,7 +9,7 @@
 
 const AsnNamesTypeDesc AsnBits::_desc(nullptr, nullptr, false, AsnTypeDesc::BIT_STRING, nullptr, nullptr);
 
-ZOL_THREAD_LOCAL unsigned short pendingUnusedBits = 0;
+__thread unsigned short pendingUnusedBits ZOL_INITIAL_EXEC = 0;
 
 namespace {
 

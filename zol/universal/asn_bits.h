@@ -65,4 +65,4 @@ private:
 };
 
 // Unused bits of the latest component while a constructed value is decoded.
-extern ZOL_THREAD_LOCAL unsigned short pendingUnusedBits;
+extern __thread unsigned short pendingUnusedBits ZOL_INITIAL_EXEC;

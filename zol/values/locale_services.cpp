@@ -22,7 +22,7 @@ struct UserLocale {
     AsnThreadEnd end;
     locale_t loc;
 };
-ZOL_THREAD_LOCAL UserLocale user = {{FreeUserLocale, nullptr, false}, locale_t{}};
+__thread UserLocale user ZOL_INITIAL_EXEC = {{FreeUserLocale, nullptr, false}, locale_t{}};
 
 void FreeUserLocale(AsnThreadEnd*) {
     if (user.loc)

@@ -1,4 +1,4 @@
-// The worked messages that the benchmark and the tests share, each built
+// The benchmark's worked messages, which the tests use too, each built
 // member by member as a program builds it: a new order, a reply, an order
 // record with statics and dynamics, a security board with every member
 // set, an order book of 200 price levels a side, and the order reports of
