@@ -52,8 +52,8 @@ public:
 
 private:
     struct Slot {
-        AsnThreadEnd end;
-        T* object;
+        AsnThreadEnd end{End, nullptr, false};
+        T* object = nullptr;
     };
     static ZOL_THREAD_LOCAL Slot slot;
 
@@ -72,4 +72,4 @@ private:
 };
 
 template <class T>
-ZOL_THREAD_LOCAL typename AsnPerThread<T>::Slot AsnPerThread<T>::slot = {{End, nullptr, false}, nullptr};
+ZOL_THREAD_LOCAL typename AsnPerThread<T>::Slot AsnPerThread<T>::slot;
