@@ -63,6 +63,11 @@ const std::map<std::string, Copier>& Copiers() {
         {"ZolSecBoardRep", CopierOf<ZolSecBoardRep>()},
         {"ZolTransRep", CopierOf<ZolTransRep>()},
         {"ZolTransReq", CopierOf<ZolTransReq>()},
+        {"ZolTransReqChoice", CopierOf<ZolTransReqChoice>()},
+        {"ZolQueryReq", CopierOf<ZolQueryReq>()},
+        {"ZolQueryReqChoice", CopierOf<ZolQueryReqChoice>()},
+        {"ZolQueryRep", CopierOf<ZolQueryRep>()},
+        {"ZolOrderEntry", CopierOf<ZolOrderEntry>()},
         {"ZolTradeRep", CopierOf<ZolTradeRep>()},
         {"ZolNegDealRep", CopierOf<ZolNegDealRep>()},
         {"ZolNegDealCPDetails", CopierOf<ZolNegDealCPDetails>()},
@@ -136,6 +141,20 @@ std::vector<std::string> RowFiles() {
     }
     std::sort(out.begin(), out.end());
     return out;
+}
+
+std::string Expanded(const std::string& hex) {
+    std::string out;
+    size_t at = 0;
+    for (size_t open; (open = hex.find('[', at)) != std::string::npos;) {
+        size_t close = hex.find("]*", open), digits = 0;
+        unsigned long n = std::stoul(hex.substr(close + 2), &digits);
+        out += hex.substr(at, open - at);
+        for (unsigned long i = 0; i < n; ++i)
+            out += hex.substr(open + 1, close - open - 1) + " ";
+        at = close + 2 + digits;
+    }
+    return out + hex.substr(at);
 }
 
 const Copier* FindCopier(const std::string& type) {

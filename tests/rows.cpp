@@ -124,20 +124,6 @@ void ExpectEncoding(const AsnType& v, const std::string& bytes) {
 
 }  // namespace
 
-std::string Expanded(const std::string& hex) {
-    std::string out;
-    size_t at = 0;
-    for (size_t open; (open = hex.find('[', at)) != std::string::npos;) {
-        size_t close = hex.find("]*", open), digits = 0;
-        unsigned long n = std::stoul(hex.substr(close + 2), &digits);
-        out += hex.substr(at, open - at);
-        for (unsigned long i = 0; i < n; ++i)
-            out += hex.substr(open + 1, close - open - 1) + " ";
-        at = close + 2 + digits;
-    }
-    return out + hex.substr(at);
-}
-
 std::string Errors(const Row& row) {
     std::string err;
     for (const Row::Check& c : row.checks)
