@@ -31,7 +31,7 @@ std::string EncodedBytes(const AsnType& v) {
     return p ? std::string(p, len) : std::string();
 }
 
-int64_t HeapInUse() { return zalloc::mallocLive.load(); }
+int64_t HeapInUse() { return zalloc::liveBlocks.load(); }
 
 // A failure planted at the `k`-th allocation for the life of the object,
 // however the scope is left.

@@ -55,8 +55,8 @@ public:
 
 private:
     struct Slot {
-        AsnThreadEnd end;
-        T* object;
+        AsnThreadEnd end{End, nullptr, false};
+        T* object = nullptr;
     };
     static __thread Slot slot ZOL_INITIAL_EXEC;
 
@@ -75,4 +75,4 @@ private:
 };
 
 template <class T>
-__thread typename AsnPerThread<T>::Slot AsnPerThread<T>::slot ZOL_INITIAL_EXEC = {{End, nullptr, false}, nullptr};
+__thread typename AsnPerThread<T>::Slot AsnPerThread<T>::slot ZOL_INITIAL_EXEC;

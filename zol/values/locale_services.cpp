@@ -162,14 +162,13 @@ int LocaleInfo(unsigned item, char* out, int size) {
         return 0;
     char text[32] = "";
     bool known = true;
-    // localeconv answers for the calling thread's locale; it is switched to
-    // the user's for the length of the reading only.
-    locale_t old = uselocale(loc);
-    const lconv* lc = localeconv();
+    // Read from the user's locale itself: localeconv would fill one
+    // structure that every thread of the process shares, and that others
+    // (a JSON writer, a stream) fill at the same time.
     switch (item) {
     case LocaleDecimalSep:
     case LocaleThousandSep: {
-        const char* sep = item == LocaleDecimalSep ? lc->decimal_point : lc->thousands_sep;
+        const char* sep = nl_langinfo_l(item == LocaleDecimalSep ? RADIXCHAR : THOUSEP, loc);
         if (std::strlen(sep) < sizeof text)
             std::strcpy(text, sep);
         else
@@ -177,12 +176,12 @@ int LocaleInfo(unsigned item, char* out, int size) {
         break;
     }
     case LocaleGrouping:
-        GroupingText(lc->grouping, text, sizeof text);
+        GroupingText(nl_langinfo_l(GROUPING, loc), text, sizeof text);
         break;
     case LocaleFracDigits: {
         // The C library keeps a count of places for money only; "C" has
         // none (CHAR_MAX).
-        int digits = lc->frac_digits;
+        int digits = nl_langinfo_l(FRAC_DIGITS, loc)[0];
         text[0] = static_cast<char>('0' + (digits >= 0 && digits <= 9 ? digits : 0));
         text[1] = '\0';
         break;
@@ -194,7 +193,6 @@ int LocaleInfo(unsigned item, char* out, int size) {
     default:
         known = false;
     }
-    uselocale(old);
     return known ? Put(text, out, size) : 0;
 }
 
