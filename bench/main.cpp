@@ -2,9 +2,11 @@
 // into a reused block (zol) against DER encoding (asn1c) and a memcpy of
 // as many bytes; decoding a fresh value (zol) against BER decoding
 // (asn1c), each destroyed inside the timing; printing to a null stream,
-// cloning and merging. Ends with the table, the allocation counts and the
-// goals. Google Benchmark's flags work as usual (--benchmark_filter,
-// --benchmark_repetitions, --benchmark_out=FILE for its raw JSON).
+// cloning and merging; and the burst decoded on 1, 2 and as many threads
+// as there are cores at once. Ends with the tables, the allocation counts
+// and the goals. Google Benchmark's flags work as usual
+// (--benchmark_filter, --benchmark_repetitions, --benchmark_out=FILE for
+// its raw JSON).
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +14,7 @@
 #include <cstring>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -90,6 +93,16 @@ void ZolDecode(benchmark::State& st, const Case* c) {
     CountMessages(st, c);
 }
 
+// The thread counts of the burst's decode on several threads at once (each
+// thread reads its own copy of the block): 1, 2 and the number of cores.
+std::vector<int> ThreadCounts() {
+    std::vector<int> counts = {1, 2};
+    int cores = int(std::thread::hardware_concurrency());
+    if (cores > 2)
+        counts.push_back(cores);
+    return counts;
+}
+
 // asn1c's decoding of every message of the bytes, each freed before the
 // next is read: its decoder says where a message ends.
 void PeerDecodeAll(const Case& c) {
@@ -164,8 +177,10 @@ const Op kOps[] = {
 
 std::string Key(size_t caseIndex, const char* op) { return std::to_string(caseIndex) + "/" + op; }
 
-// Keeps the CPU time per iteration of every run, shows a dot per
-// benchmark, and prints nothing else: the table comes at the end.
+// Keeps the CPU time per iteration of every run (the wall-clock time of a
+// run on several threads, under "NAME/threads:N", which the threads'
+// iterations share), shows a dot per benchmark, and prints nothing else:
+// the tables come at the end.
 class Collector : public benchmark::BenchmarkReporter {
 public:
     std::map<std::string, std::vector<double>> ns;
@@ -177,7 +192,10 @@ public:
                 continue;
             // Names are "CASE/OP" followed by Google Benchmark's suffixes.
             std::string name = r.run_name.function_name;
-            ns[name].push_back(r.GetAdjustedCPUTime());
+            if (!r.run_name.threads.empty())
+                ns[name + "/" + r.run_name.threads].push_back(r.GetAdjustedRealTime());
+            else
+                ns[name].push_back(r.GetAdjustedCPUTime());
         }
         std::fputc('.', stderr);
         std::fflush(stderr);
@@ -314,6 +332,14 @@ int main(int argc, char** argv) {
         for (const Op& op : kOps)
             if (!cases[i].decodeOnly || op.decodeOnlyToo)
                 benchmark::RegisterBenchmark(Key(i, op.name).c_str(), op.run, &cases[i])->Unit(benchmark::kNanosecond);
+    for (size_t i = 0; i < cases.size(); ++i)
+        if (cases[i].messages > 1) {
+            benchmark::internal::Benchmark* b =
+                benchmark::RegisterBenchmark(Key(i, "decode_threads").c_str(), ZolDecode, &cases[i]);
+            b->Unit(benchmark::kNanosecond)->UseRealTime();
+            for (int n : ThreadCounts())
+                b->Threads(n);
+        }
 
     std::vector<char*> args = WithDefaults(argc, argv);
     int n = int(args.size());
@@ -352,6 +378,26 @@ int main(int argc, char** argv) {
                         Fmt("%.0f", n / t(i, "asn1c_decode") * 1e9).c_str(),
                         Fmt("%.0f", t(i, "asn1c_decode") / n).c_str());
         }
+
+    // Messages a second over all threads, and the ratio to one thread.
+    std::vector<double> threadRatios;
+    for (size_t i = 0; i < cases.size(); ++i) {
+        if (cases[i].messages == 1)
+            continue;
+        std::printf("\n%s on several threads at once, each decoding its own copy of the block (wall-clock time;"
+                    "\n%u cores):\n\n",
+                    cases[i].name.c_str(), std::thread::hardware_concurrency());
+        rows = {{"threads", "messages/s", "ns per message", "x 1 thread"}};
+        const double one = t(i, "decode_threads/threads:1");
+        for (int n : ThreadCounts()) {
+            double block = t(i, ("decode_threads/threads:" + std::to_string(n)).c_str());
+            double perMessage = block / double(cases[i].messages);
+            rows.push_back({std::to_string(n), Fmt("%.0f", 1e9 / perMessage), Fmt("%.1f", perMessage),
+                            Fmt("%.2f", one / block)});
+            threadRatios.push_back(one / block);
+        }
+        Table(rows);
+    }
 
     std::puts("\nPrinting to a null stream, cloning (and deleting the clone), merging a report into a held record:\n");
     rows = {{"case", "print ns", "clone ns", "merge ns", "print allocs", "clone allocs", "merge allocs"}};
@@ -412,6 +458,14 @@ int main(int argc, char** argv) {
           "encoding within 20x a memcpy of the same bytes on every case (highest " + Fmt("%.1f", maxCopy) + "x)");
     timed(minDec >= 15, minDec,
           "decoding at least 15x as fast as asn1c's BER decoder on every case (lowest " + Fmt("%.1f", minDec) + "x)");
+    if (threadRatios.size() > 1) {
+        double two = threadRatios[1];
+        if (std::thread::hardware_concurrency() < 2 || std::isnan(two))
+            std::printf("  [not run] two threads decoding the burst at least 1.8x as fast as one\n");
+        else
+            goal(two >= 1.8, "two threads decode at least 1.8x as many messages a second as one (" +
+                                 Fmt("%.2f", two) + "x)");
+    }
     for (size_t i = 0; i < cases.size(); ++i)
         if (cases[i].name == "SecBoardRep full")
             std::printf("  [info] a full ZolSecBoardRep: print %s ns, clone %s ns, merge %s ns\n",

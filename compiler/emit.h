@@ -70,11 +70,13 @@ ClassText EmitNames(const TypeModel& c);  // enumerations and named bits
 // A tag word as a C++ constant.
 std::string TagConst(uint32_t tag);
 
-// Construction, destruction and cloning of sequences and choices: their
-// destructor's body is $destroy, their ConstructHelper's $construct (in
-// the class, with the default constructor, so that a decoder's `new`
-// compiles into it); the copy constructor's parameter is $o (empty where
-// unused), its initializers $copyInit and its body $copy.
+// Construction, destruction, cloning and clearing of sequences and
+// choices: their destructor's body is $destroy, their ConstructHelper's
+// $construct (in the class, with the default constructor, so that a
+// decoder's `new` compiles into it); the copy constructor's parameter is
+// $o (empty where unused), its initializers $copyFrom and its body $copy,
+// followed by the constructor that copies the embedded members,
+// $copyEmbedded, where there is one; Clear's body is $clear.
 extern const char* const kConstructionDecls;
 extern const char* const kConstruction;
 // Assignment and merge.

@@ -50,7 +50,7 @@ ClassText EmitAlias(const TypeModel& c) {
     static const AsnAliasTypeDesc _desc;
 };
 )",
-           R"(AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+           R"(AsnType* $T::Clone() const { return AsnClone(*this); }
 const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
 const AsnAliasTypeDesc $T::_desc(&$M, "$T", false, AsnTypeDesc::ALIAS, AsnCreate<$T>, &$B::_desc);
 )",

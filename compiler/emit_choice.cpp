@@ -26,7 +26,7 @@ std::string DecodeAlt(const Alt& m, const Vars& v, int shift) {
         cases += (cases.empty() ? "    case " : ":\n    case ") + TagCase(tag, shift);
     std::string out = cases + Fill(R"(:  // $text
         choiceId = $cid;
-        $m = new $cls;
+        $m = AsnDecodeNew<$cls>(env);
 )", v);
     // An alternative that is itself a choice is wrapped in its own tag.
     if (m.explicitPair)
@@ -62,7 +62,9 @@ ClassText EmitChoice(const TypeModel& c) {
     v.insert(v.end(), {{"destroy", " { delete Current(); }"},
                        {"construct", Fill("        choiceId = ${first}Cid;\n        this->$first = nullptr;\n", v)},
                        {"o", " o"},
-                       {"copyInit", ", choiceId(o.choiceId)"},
+                       {"copyFrom", "AsnType(), choiceId(o.choiceId)"},
+                       {"copyEmbedded", ""},
+                       {"clear", "    delete Current();\n    ConstructHelper();\n"},
                        {"copy", "    switch (choiceId) {\n" +
                                     ForMembers("    case $cid:\n        $m = AsnCopyAlt(o.$name);\n        break;\n", c, v) +
                                     Fill("    default:\n        this->$first = nullptr;\n    }\n", v)}});
@@ -81,6 +83,8 @@ ClassText EmitChoice(const TypeModel& c) {
     if (this == &o)
         return *this;
     Select(o.choiceId);
+    if (!Current() && o.Current())
+        AsnThrowBadAlloc();
     switch (choiceId) {
 $copies    }
     return *this;
@@ -181,13 +185,15 @@ $accepts            return true;
     t.Both(kMembersDescDecls, kMembersDesc, v);
 
     v.emplace_back("current", ForMembers("    case $cid:\n        return $m;\n", c, v));
-    v.emplace_back("select", ForMembers("    case $cid:\n        $m = new $cls;\n        break;\n", c, v));
+    v.emplace_back("select", ForMembers("    case $cid:\n        $m = new (std::nothrow) $cls;\n        break;\n", c, v));
     t.Both(R"(
 private:
     // The value of the alternative in force, or null.
     AsnType* Current() const;
-    // Deletes the value held and holds a new empty one of alternative `id`.
-    void Select(int32_t id);
+    // Deletes the value held and holds a new empty one of alternative `id`,
+    // or none when the heap is exhausted. Not inlined: its constructors
+    // inlined into a merge had their set-up paid on every call.
+    __attribute__((noinline)) void Select(int32_t id);
 };
 )",
            R"(
@@ -201,6 +207,7 @@ $current    default:
 void $T::Select(int32_t id) {
     delete Current();
     choiceId = id;
+    this->$first = nullptr;
     switch (id) {
 $select    }
 }

@@ -16,6 +16,9 @@ public:
         $E* elmt;  // owned
         // Nodes come and go with their elements, from the same free lists.
         static void* operator new(std::size_t size) { return AsnType::operator new(size); }
+        static void* operator new(std::size_t size, const std::nothrow_t& t) noexcept {
+            return AsnType::operator new(size, t);
+        }
         static void operator delete(void* p, std::size_t size) noexcept { AsnType::operator delete(p, size); }
     };
 
@@ -29,6 +32,7 @@ public:
     ~$T() override;
     $T& operator=(const $T& o);
     AsnType* Clone() const override;
+    void Clear() override;
 
     int32_t Count() const { return static_cast<int32_t>(count); }
     $E* Curr() const { return curr ? curr->elmt : nullptr; }
@@ -62,16 +66,18 @@ public:
 
 )";
 
-const char* const kList = R"($T::$T(const $T& o) : AsnType(), count(0), first(nullptr), curr(nullptr), last(nullptr) { *this = o; }
+const char* const kList = R"($T::$T(const $T& o) : $T() { *this = o; }
 
 $T::~$T() { AsnListClear(*this); }
+
+void $T::Clear() { AsnListClear(*this); }
 
 $T& $T::operator=(const $T& o) {
     AsnListAssign(*this, o);
     return *this;
 }
 
-AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+AsnType* $T::Clone() const { return AsnClone(*this); }
 
 void $T::SetCurrElmt(unsigned long index) { AsnListSetCurr(*this, index); }
 

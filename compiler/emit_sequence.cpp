@@ -19,7 +19,7 @@ std::string DecodeRow(const Row& m, const Vars& v) {
 )", v);
     body += Fill("    len = BDecLen(b, seqBytes, env);\n", v);
     if (m.pointer)
-        body += Fill("    $m = new $cls;\n", v);
+        body += Fill("    $m = AsnDecodeNew<$cls>(env);\n", v);
     body += Fill("    ${at}BDecContent(b, tag, len, seqBytes, env);\n", v);
     if (m.explicitPair)
         body += "    if (outerLen == IndefiniteLen)\n        BDecEoc(b, seqBytes, env);\n";
@@ -67,10 +67,34 @@ ClassText EmitSequence(const TypeModel& c) {
     v.emplace_back("destroy", " {\n" + ForMembers("    delete $m;\n", c, v, IsPointer) + "}");
     v.emplace_back("construct", ForMembers("        $m = nullptr;\n", c, v, IsPointer));
     // A copy constructs each member from the source's: embedded ones in
-    // place, pointer ones into one new block each.
+    // place, pointer ones into one new block each. With two pointer members
+    // or more, a first step copies the embedded members and the first
+    // pointer and sets the others to null, so that when a later copy fails
+    // the object is whole and its destructor frees what was copied.
     v.emplace_back("o", empty ? "" : " o");
-    v.emplace_back("copyInit", ForMembers(", $name(o.$name)", c, v, [](const Row& m) { return !m.pointer; }));
-    v.emplace_back("copy", ForMembers("    $m = AsnCopy(o.$name);\n", c, v, IsPointer));
+    std::string copyInit = ForMembers(", $name(o.$name)", c, v, [](const Row& m) { return !m.pointer; });
+    std::vector<const Row*> pointers;
+    for (const Row& m : c.members)
+        if (m.pointer)
+            pointers.push_back(&m);
+    bool copyStep = pointers.size() >= 2;
+    auto copyOne = [](const Row& m) { return Fill("    $m = AsnCopy(o.$name);\n", MemberVars(m)); };
+    std::string copy, step;
+    for (const Row* m : pointers) {
+        bool first = m == pointers.front();
+        if (copyStep)
+            step += first ? copyOne(*m) : Fill("    $m = nullptr;\n", MemberVars(*m));
+        if (!copyStep || !first)
+            copy += copyOne(*m);
+    }
+    v.emplace_back("copyFrom", copyStep ? Fill("$T(o, AsnCopyEmbedded())", v) : "AsnType()" + copyInit);
+    v.emplace_back("copyEmbedded",
+                   copyStep ? Fill("\n$T::$T(const $T& o, AsnCopyEmbedded) : AsnType()", v) + copyInit + " {\n" + step + "}\n"
+                            : "");
+    v.emplace_back("copy", copy);
+    v.emplace_back("clear", ForMembers(c, v, [](const Row& m, const Vars& mv) {
+                       return Fill(m.pointer ? "    AsnClearMember($m);\n" : "    ${m}.Clear();\n", mv);
+                   }));
     t.Both(kConstructionDecls, kConstruction, v);
 
     // Assignment makes a deep copy; the merge keeps what the source lacks.
@@ -157,6 +181,11 @@ const AsnTypeDesc* $T::_getdesc() const { return &_desc; }
                        {"inForce", ""}});
     t.header += "\n";
     t.Both(kMembersDescDecls, kMembersDesc, v);
+    if (copyStep)
+        t.header += Fill("\nprivate:\n    // The first step of the copy: the embedded members and the first\n"
+                         "    // pointer; the other pointers null.\n"
+                         "    $T(const $T& o, AsnCopyEmbedded);\n",
+                         v);
     t.header += "};\n";
     return t;
 }

@@ -153,13 +153,17 @@ const char* const kConstructionDecls = R"(    $T() { ConstructHelper(); }
     void ConstructHelper() {
 $construct    }
     AsnType* Clone() const override;
+    void Clear() override;
 )";
-const char* const kConstruction = R"($T::$T(const $T&$o) : AsnType()$copyInit {
+const char* const kConstruction = R"($T::$T(const $T&$o) : $copyFrom {
 $copy}
-
+$copyEmbedded
 $T::~$T()$destroy
 
-AsnType* $T::Clone() const { return new (std::nothrow) $T(*this); }
+AsnType* $T::Clone() const { return AsnClone(*this); }
+
+void $T::Clear() {
+$clear}
 
 )";
 const char* const kCopyDecls = R"(    $T& operator=(const $T& o);

@@ -49,7 +49,8 @@ const std::set<std::string> kRuntimeNames = {
     "AsnListClear", "AsnListAssign", "AsnListSetCurr", "AsnListCurrIndex", "AsnListInsert",
     "AsnListInsertBefore", "AsnListInsertAfter", "AsnListCopyBefore", "AsnListCopyAfter",
     "AsnListEncContent", "AsnListDecContent", "AsnListPrint", "AsnListRef", "AsnListForEach",
-    "AsnPrintOut"};
+    "AsnPrintOut", "AsnDecodeNew", "AsnDecodeOutOfMemory", "AsnClone", "AsnClearMember", "AsnCopyEmbedded",
+    "AsnListLinkOrNull", "AsnListInsertOrNull", "AsnThrowBadAlloc"};
 
 void CheckCppName(const Where& where, const std::string& name, const char* what) {
     if (kCppWords.count(name))

@@ -9,8 +9,8 @@
 // The library's lines (a decoder's failure line, a warning) never reach
 // the process's standard error: a failure's lines are the text of the
 // DecodeError raised, a warning about a message that decoded is a
-// DecodeWarning. Every call holds the GIL throughout, which is what makes
-// the library's process-wide decoding state safe to use from any thread.
+// DecodeWarning. Every call holds the GIL throughout, as the Python objects
+// it builds need; the library's own state belongs to each thread.
 #include <pybind11/eval.h>
 #include <pybind11/pybind11.h>
 

@@ -8,6 +8,7 @@ namespace zalloc {
 std::atomic<uint64_t> newCount{0};
 std::atomic<uint64_t> newBytes{0};
 std::atomic<uint64_t> mallocCount{0};
+std::atomic<int64_t> liveBlocks{0};
 
 }  // namespace zalloc
 
@@ -49,6 +50,29 @@ void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); 
 // their own, which this would bypass; the library's pool is off under them
 // (asn_pool.h tells them apart).
 #if defined(__GLIBC__) && !defined(ZOL_NO_VALUE_POOL) && !defined(ZOL_BENCH_NO_MALLOC_HOOK)
+namespace {
+
+// A block handed out, and one given back. Only the tests count them: the
+// benchmark's instruction counts take in every free.
+#ifdef ZOL_COUNT_LIVE_BLOCKS
+void* Live(void* p) noexcept {
+    if (p)
+        zalloc::liveBlocks.fetch_add(1, std::memory_order_relaxed);
+    return p;
+}
+void Gone(void* p) noexcept {
+    if (p)
+        zalloc::liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+}
+const bool kLiveCounted = true;
+#else
+void* Live(void* p) noexcept { return p; }
+void Gone(void*) noexcept {}
+const bool kLiveCounted = false;
+#endif
+
+}  // namespace
+
 extern "C" {
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
@@ -57,19 +81,31 @@ void __libc_free(void*);
 
 void* malloc(std::size_t n) noexcept {
     zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
-    return __libc_malloc(n);
+    return Live(__libc_malloc(n));
 }
 void* calloc(std::size_t n, std::size_t size) noexcept {
     zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
-    return __libc_calloc(n, size);
+    return Live(__libc_calloc(n, size));
 }
+// Null in, a block out: a new block. A block in and null out with size 0:
+// the block is freed. Otherwise one block stands for another.
 void* realloc(void* p, std::size_t n) noexcept {
     zalloc::mallocCount.fetch_add(1, std::memory_order_relaxed);
-    return __libc_realloc(p, n);
+    void* q = __libc_realloc(p, n);
+    if (!p)
+        Live(q);
+    else if (!q && n == 0)
+        Gone(p);
+    return q;
 }
-void free(void* p) noexcept { __libc_free(p); }
+void free(void* p) noexcept {
+    Gone(p);
+    __libc_free(p);
+}
 }
 const bool zalloc::mallocCounted = true;
+const bool zalloc::liveCounted = kLiveCounted;
 #else
 const bool zalloc::mallocCounted = false;
+const bool zalloc::liveCounted = false;
 #endif

@@ -19,8 +19,13 @@ namespace zalloc {
 extern std::atomic<uint64_t> newCount;
 extern std::atomic<uint64_t> newBytes;
 extern std::atomic<uint64_t> mallocCount;
+// Blocks of malloc, calloc and realloc not yet given to free or realloc,
+// where liveCounted: in the tests (ZOL_COUNT_LIVE_BLOCKS), not in the
+// benchmark, whose instruction counts take in every free.
+extern std::atomic<int64_t> liveBlocks;
+extern const bool liveCounted;
 // False where the C allocator cannot be interposed (sanitizer builds): the
-// C count then stays at zero.
+// C counts then stay at zero.
 extern const bool mallocCounted;
 
 struct AllocDelta {

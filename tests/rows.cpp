@@ -1,5 +1,5 @@
-// Reads the row files of tests/rows/ and runs each row through the handler
-// of its operation; one test per file. The operations on values of any
+// Runs each row of the files of tests/rows/ (read by row_files.cpp)
+// through the handler of its operation; one test per file. The operations on values of any
 // type live here too:
 //
 //   decode TYPE HEX [| HEX]   decodes the octets (those after '|' follow
@@ -32,12 +32,8 @@
 //   clone         the value is replaced by its Clone
 #include "rows.h"
 
-#include <dirent.h>
-
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
-#include <functional>
 #include <iomanip>
 #include <locale>
 #include <map>
@@ -47,8 +43,6 @@
 
 #include "alloc_count.h"
 #include "support.h"
-#include "tests/collisions.h"
-#include "tests/patterns.h"
 
 namespace zt {
 
@@ -57,55 +51,6 @@ namespace {
 std::map<std::string, RowOp>& Ops() {
     static std::map<std::string, RowOp> ops;
     return ops;
-}
-
-std::vector<Row> ReadRows(const std::string& path) {
-    std::ifstream in(path);
-    std::vector<Row> rows;
-    std::string line;
-    for (int n = 1; std::getline(in, line); ++n) {
-        size_t text = line.find_first_not_of(' ');
-        if (text == std::string::npos || line[text] == '#')
-            continue;
-        if (text == 0) {
-            Row r;
-            r.file = path.substr(path.rfind('/') + 1);
-            r.line = n;
-            size_t blank = line.find(' ');
-            r.op = line.substr(0, blank);
-            r.arg = blank == std::string::npos ? "" : line.substr(blank + 1);
-            rows.push_back(r);
-        } else if (rows.empty()) {
-            ADD_FAILURE() << path << ":" << n << ": a check before any row";
-        } else if (line[text] == '|') {
-            if (rows.back().checks.empty())
-                ADD_FAILURE() << path << ":" << n << ": a '|' line before any check";
-            else
-                rows.back().checks.back().block.push_back(line.substr(text + 1));
-        } else {
-            Row::Check c;
-            size_t blank = line.find(' ', text);
-            c.key = line.substr(text, blank == std::string::npos ? std::string::npos : blank - text);
-            c.text = blank == std::string::npos ? "" : line.substr(blank + 1);
-            c.line = n;
-            rows.back().checks.push_back(c);
-        }
-    }
-    return rows;
-}
-
-std::vector<std::string> RowFiles() {
-    std::vector<std::string> out;
-    if (DIR* d = opendir(ZOL_ROWS)) {
-        while (dirent* e = readdir(d)) {
-            std::string name = e->d_name;
-            if (name.size() > 4 && name.compare(name.size() - 4, 4, ".txt") == 0)
-                out.push_back(name);
-        }
-        closedir(d);
-    }
-    std::sort(out.begin(), out.end());
-    return out;
 }
 
 class RowFile : public testing::TestWithParam<std::string> {};
@@ -129,86 +74,6 @@ INSTANTIATE_TEST_SUITE_P(Rows, RowFile, testing::ValuesIn(RowFiles()),
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
-
-// --- values of any type ------------------------------------------------------
-
-template <class T>
-std::unique_ptr<AsnType> New() {
-    return std::unique_ptr<AsnType>(new T);
-}
-
-const std::map<std::string, std::function<std::unique_ptr<AsnType>()>>& Universal() {
-    static const std::map<std::string, std::function<std::unique_ptr<AsnType>()>> classes = {
-        {"AsnInt", New<AsnInt>},
-        {"AsnEnum", New<AsnEnum>},
-        {"AsnBool", New<AsnBool>},
-        {"AsnNull", New<AsnNull>},
-        {"AsnReal", New<AsnReal>},
-        {"AsnOcts", New<AsnOcts>},
-        {"AsnBits", New<AsnBits>},
-        {"AsnOid", New<AsnOid>},
-        {"EXTERNAL", New<EXTERNAL>},
-        {"ObjectDescriptor", New<ObjectDescriptor>},
-        {"NumericString", New<NumericString>},
-        {"PrintableString", New<PrintableString>},
-        {"TeletexString", New<TeletexString>},
-        {"T61String", New<T61String>},
-        {"VideotexString", New<VideotexString>},
-        {"IA5String", New<IA5String>},
-        {"GraphicString", New<GraphicString>},
-        {"VisibleString", New<VisibleString>},
-        {"ISO646String", New<ISO646String>},
-        {"GeneralString", New<GeneralString>},
-        {"UTCTime", New<UTCTime>},
-        {"GeneralizedTime", New<GeneralizedTime>},
-    };
-    return classes;
-}
-
-// Merging and assigning are not virtual: each type that rows merge or
-// assign is named here.
-struct Copier {
-    void (*merge)(AsnType&, const AsnType&);
-    void (*assign)(AsnType&, const AsnType&);
-};
-template <class T>
-Copier CopierOf() {
-    return {[](AsnType& a, const AsnType& b) { static_cast<T&>(a) |= static_cast<const T&>(b); },
-            [](AsnType& a, const AsnType& b) { static_cast<T&>(a) = static_cast<const T&>(b); }};
-}
-const std::map<std::string, Copier>& Copiers() {
-    using namespace Zol;
-    static const std::map<std::string, Copier> copiers = {
-        {"ZolMarketRep", CopierOf<ZolMarketRep>()},
-        {"AsnFixedReal", CopierOf<AsnFixedReal>()},
-        {"ZolOrderId", CopierOf<ZolOrderId>()},
-        {"ZolOrderRep", CopierOf<ZolOrderRep>()},
-        {"ZolSecBoardRep", CopierOf<ZolSecBoardRep>()},
-        {"ZolTransRep", CopierOf<ZolTransRep>()},
-        {"ZolTransReq", CopierOf<ZolTransReq>()},
-        {"ZolTradeRep", CopierOf<ZolTradeRep>()},
-        {"ZolNegDealRep", CopierOf<ZolNegDealRep>()},
-        {"ZolNegDealCPDetails", CopierOf<ZolNegDealCPDetails>()},
-        {"ZolTradeAllocationRep", CopierOf<ZolTradeAllocationRep>()},
-        {"ZolOrderbookByPriceRep", CopierOf<ZolOrderbookByPriceRep>()},
-        {"ZolOrderMultiLeg", CopierOf<ZolOrderMultiLeg>()},
-        {"ZolOrderMarketMakerBlock", CopierOf<ZolOrderMarketMakerBlock>()},
-        {"ZolUserRep", CopierOf<ZolUserRep>()},
-        {"ZolFirmRep", CopierOf<ZolFirmRep>()},
-        {"ZolMessageRep", CopierOf<ZolMessageRep>()},
-        {"ZolAuditEventRep", CopierOf<ZolAuditEventRep>()},
-        {"ZolNewsHeaderRep", CopierOf<ZolNewsHeaderRep>()},
-        {"ZolPermissionSet", CopierOf<ZolPermissionSet>()},
-        {"PatAll", CopierOf<PatAll>()},
-        {"PatHolder", CopierOf<PatHolder>()},
-        {"PatChoice", CopierOf<PatChoice>()},
-        {"PatList", {nullptr, [](AsnType& a, const AsnType& b) {
-                         static_cast<PatList&>(a) = static_cast<const PatList&>(b);
-                     }}},
-        {"EXTERNAL", CopierOf<EXTERNAL>()},
-    };
-    return copiers;
-}
 
 std::unique_ptr<AsnType> DecodedAs(const std::string& type, const std::string& hex) {
     std::unique_ptr<AsnType> v = Make(type);
@@ -259,20 +124,6 @@ void ExpectEncoding(const AsnType& v, const std::string& bytes) {
 
 }  // namespace
 
-std::string Expanded(const std::string& hex) {
-    std::string out;
-    size_t at = 0;
-    for (size_t open; (open = hex.find('[', at)) != std::string::npos;) {
-        size_t close = hex.find("]*", open), digits = 0;
-        unsigned long n = std::stoul(hex.substr(close + 2), &digits);
-        out += hex.substr(at, open - at);
-        for (unsigned long i = 0; i < n; ++i)
-            out += hex.substr(open + 1, close - open - 1) + " ";
-        at = close + 2 + digits;
-    }
-    return out + hex.substr(at);
-}
-
 std::string Errors(const Row& row) {
     std::string err;
     for (const Row::Check& c : row.checks)
@@ -322,10 +173,10 @@ void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType
             for (std::string path; paths >> path;)
                 EXPECT_EQ(At(v.get(), path) != nullptr, c.key == "set") << path;
         } else if (c.key == "with" || c.key == "assign") {
-            auto copier = Copiers().find(type);
-            ASSERT_NE(copier, Copiers().end()) << "no merge or assignment for " << type << " in rows.cpp";
+            const Copier* copier = FindCopier(type);
+            ASSERT_NE(copier, nullptr) << "no merge or assignment for " << type << " in row_files.cpp";
             std::unique_ptr<AsnType> other = c.text == "self" ? nullptr : DecodedAs(type, c.text);
-            (c.key == "with" ? copier->second.merge : copier->second.assign)(*v, other ? *other : *v);
+            (c.key == "with" ? copier->merge : copier->assign)(*v, other ? *other : *v);
         } else if (c.key == "clone") {
             std::unique_ptr<AsnType> copy(v->Clone());
             ASSERT_TRUE(copy);
@@ -352,20 +203,6 @@ std::string Row::Joined(const Check& c) {
 }
 
 bool RegisterRowOp(const char* op, RowOp fn) { return Ops().emplace(op, fn).second; }
-
-std::unique_ptr<AsnType> Make(const std::string& name) {
-    static const AsnModuleDesc* const patterns[] = {&Zol::TESTPATTERNSModule, &Zol::TESTCOLLISIONSModule, nullptr};
-    const AsnTypeDesc* d = Zol::FindType(name.c_str());
-    if (!d)
-        d = AsnFindType(patterns, name.c_str());
-    if (d)
-        return std::unique_ptr<AsnType>(d->create());
-    auto u = Universal().find(name);
-    if (u != Universal().end())
-        return u->second();
-    ADD_FAILURE() << "no type " << name;
-    return std::unique_ptr<AsnType>(new AsnNull);
-}
 
 ZT_ROW_OP(decode) {
     size_t blank = row.arg.find(' ');

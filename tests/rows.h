@@ -39,6 +39,12 @@ struct Row {
     static std::string Joined(const Check& c);
 };
 
+// The rows of a file: every row with its checks, in their order. A check
+// line before any row, or a '|' line before any check, fails the test.
+std::vector<Row> ReadRows(const std::string& path);
+// The names of the row files of tests/rows/, sorted.
+std::vector<std::string> RowFiles();
+
 using RowOp = void (*)(const Row&);
 bool RegisterRowOp(const char* op, RowOp fn);
 
@@ -59,6 +65,16 @@ std::unique_ptr<AsnType> Make(const std::string& name);
 void Expect(const Row& row, const Row::Check& c, const std::string& actual, const std::string& expected);
 // The same against the text of the check named `key`, if the row has one.
 void Expect(const Row& row, const char* key, const std::string& actual);
+
+// Merging and assigning are not virtual: each type that rows merge or
+// assign is named in row_files.cpp, with its two operations (merge is null
+// for a type without one).
+struct Copier {
+    void (*merge)(AsnType&, const AsnType&);
+    void (*assign)(AsnType&, const AsnType&);
+};
+// Those of the type named `type`, or null.
+const Copier* FindCopier(const std::string& type);
 
 // "[24 80]*3 04 01 41 [00 00]*3": each block of hex in brackets repeated
 // as many times as the number after it says.

@@ -1,14 +1,39 @@
 #include "zol/ber/asn_buffer.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include "zol/ber/ber.h"
 #include "zol/meta/asn_reflect.h"
 
 namespace Zol {
 
-AsnBuf AsnBuffer::asnBuf;
-char AsnBuffer::data[AsnBuffer::BUFSIZE];
+namespace {
+
+struct DataBlock {
+    char bytes[AsnBuffer::BUFSIZE];
+};
+
+char (&ThisThreadsData())[AsnBuffer::BUFSIZE] {
+    DataBlock* block = AsnPerThread<DataBlock>::Get();
+    if (!block)
+        AsnThrowBadAlloc();
+    return block->bytes;
+}
+
+// This thread's `data`, or null if it cannot be made.
+char* DataOrNull() noexcept {
+    try {
+        return AsnBuffer::data;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+__thread AsnBuf AsnBuffer::asnBuf ZOL_INITIAL_EXEC;
+thread_local char (&AsnBuffer::data)[AsnBuffer::BUFSIZE] = ThisThreadsData();
 
 char* AsnBuffer::Encode(char* block, size_t size, const AsnType& value, size_t& length) {
     AsnBuf b;
@@ -23,7 +48,12 @@ char* AsnBuffer::Encode(char* block, size_t size, const AsnType& value, size_t& 
 }
 
 char* AsnBuffer::Encode(const AsnType& value, size_t& length) {
-    return Encode(data, BUFSIZE, value, length);
+    char* block = DataOrNull();
+    if (!block) {
+        length = 0;
+        return nullptr;
+    }
+    return Encode(block, BUFSIZE, value, length);
 }
 
 int AsnBuffer::Decode(const char* bytes, size_t len, AsnType& value) {
@@ -35,10 +65,16 @@ int AsnBuffer::Decode(const char* bytes, size_t len, AsnType& value) {
         value.BDec(asnBuf, decoded, env);
         return asnBuf.ReadError() ? 0 : 1;
     }
+    if (code == AsnOutOfMemoryCode)
+        value.Clear();  // so that it may be decoded into again
     // The name is that of the outermost value; a universal class's kind
-    // stands in for the name it lacks ("INTEGER").
-    std::snprintf(data, BUFSIZE, "Decode for %s failed with code:(%d)\n", AsnTypeName(value._getdesc()), code);
-    Error(data);
+    // stands in for the name it lacks ("INTEGER"). The line is kept in
+    // `data` too, where there is one.
+    char line[256];
+    std::snprintf(line, sizeof line, "Decode for %s failed with code:(%d)\n", AsnTypeName(value._getdesc()), code);
+    if (char* kept = DataOrNull())
+        std::memcpy(kept, line, std::strlen(line) + 1);
+    Error(line);
     return 0;
 }
 

@@ -33,8 +33,9 @@ const AsnTag AsnSequenceTag = 0x30000000u;
 const AsnTag AsnSetTag = 0x31000000u;
 
 // Failure codes: the value of the long jump of a failed decoder. The
-// runtime uses -1 to -22 for malformed content, -50 to -58 for a wrong
-// universal tag and -80 to -82 for the root and the open types; the
+// runtime uses -1 to -22 for malformed content, -23 for an allocation that
+// failed, -50 to -58 for a wrong universal tag and -80 to -82 for the root
+// and the open types; the
 // string classes and EXTERNAL count upwards from 33; generated classes
 // count down from AsnFirstGeneratedCode, anew in each module.
 enum AsnFailureCode : int {
@@ -60,6 +61,7 @@ enum AsnFailureCode : int {
     AsnRealDecimalCode = -20,
     AsnTagOverflowCode = -21,
     AsnTagPastEndCode = -22,
+    AsnOutOfMemoryCode = -23,       // an allocation failed: the heap is exhausted
 
     AsnBitsWrongTagCode = -50,
     AsnBoolWrongTagCode = -51,

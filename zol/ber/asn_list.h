@@ -14,11 +14,19 @@
 template <class L>
 using AsnElmtOf = std::remove_pointer_t<decltype(L::AsnListElmt::elmt)>;
 
-// Links a new node holding `elmt` between `before` and `after`.
+// Links a new node holding `elmt` between `before` and `after`, and
+// returns `elmt`. If `elmt` is null or the node cannot be made, nothing is
+// linked, `elmt` is deleted and the result is null.
 template <class L>
-AsnElmtOf<L>* AsnListLink(L& l, typename L::AsnListElmt* before, typename L::AsnListElmt* after,
-                          AsnElmtOf<L>* elmt) {
-    auto* node = new typename L::AsnListElmt;
+ZOL_ALWAYS_INLINE AsnElmtOf<L>* AsnListLinkOrNull(L& l, typename L::AsnListElmt* before, typename L::AsnListElmt* after,
+                                AsnElmtOf<L>* elmt) noexcept {
+    if (!elmt)
+        return nullptr;
+    auto* node = new (std::nothrow) typename L::AsnListElmt;
+    if (!node) {
+        delete elmt;
+        return nullptr;
+    }
     node->prev = before;
     node->next = after;
     node->elmt = elmt;
@@ -32,6 +40,15 @@ AsnElmtOf<L>* AsnListLink(L& l, typename L::AsnListElmt* before, typename L::Asn
         l.last = node;
     ++l.count;
     return elmt;
+}
+
+// The same, throwing std::bad_alloc where that gives null.
+template <class L>
+AsnElmtOf<L>* AsnListLink(L& l, typename L::AsnListElmt* before, typename L::AsnListElmt* after,
+                          AsnElmtOf<L>* elmt) {
+    if (AsnElmtOf<L>* e = AsnListLinkOrNull(l, before, after, elmt))
+        return e;
+    AsnThrowBadAlloc();
 }
 
 // A node removed from the middle leaves its successor current.
@@ -88,12 +105,22 @@ unsigned long AsnListCurrIndex(const L& l) {
     return l.count;
 }
 
-// A new element between `before` and `after`, made current.
+// A new element between `before` and `after`, made current; null, with
+// the list as it was, when the heap is exhausted.
+template <class L>
+ZOL_ALWAYS_INLINE AsnElmtOf<L>* AsnListInsertOrNull(L& l, typename L::AsnListElmt* before, typename L::AsnListElmt* after) {
+    AsnElmtOf<L>* e = AsnListLinkOrNull(l, before, after, new (std::nothrow) AsnElmtOf<L>);
+    if (e)
+        l.curr = before ? before->next : l.first;
+    return e;
+}
+
+// The same, throwing std::bad_alloc where that gives null.
 template <class L>
 AsnElmtOf<L>* AsnListInsert(L& l, typename L::AsnListElmt* before, typename L::AsnListElmt* after) {
-    AsnElmtOf<L>* e = AsnListLink(l, before, after, new AsnElmtOf<L>);
-    l.curr = before ? before->next : l.first;
-    return e;
+    if (AsnElmtOf<L>* e = AsnListInsertOrNull(l, before, after))
+        return e;
+    AsnThrowBadAlloc();
 }
 
 // A new element before (or after) the current one, at the front (or the
@@ -147,7 +174,10 @@ void AsnListDecContent(L& l, AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, De
         if (tag != AsnSequenceTag)
             AsnDecodeFail(env, elmtCode, AsnUnexpectedTagText);
         AsnLen len = BDecLen(b, listBytes, env);
-        AsnListInsert(l, l.last, nullptr)->BDecContent(b, tag, len, listBytes, env);
+        AsnElmtOf<L>* e = AsnListInsertOrNull(l, l.last, nullptr);
+        if (!e)
+            AsnDecodeOutOfMemory(env);
+        e->BDecContent(b, tag, len, listBytes, env);
     }
 }
 
@@ -168,8 +198,8 @@ void AsnListPrint(const L& l, AsnPrintOut& out) {
     out.Put("}");
 }
 
-// "N" is the element at N; "insert N" makes a new one there. The cursor
-// moves to it.
+// "N" is the element at N; "insert N" makes a new one there (null when the
+// heap is exhausted). The cursor moves to it.
 template <class L>
 AsnType* AsnListRef(L& l, const char* name) {
     unsigned long n;
@@ -178,9 +208,9 @@ AsnType* AsnListRef(L& l, const char* name) {
         if (n > l.count)
             return nullptr;
         if (n == l.count)
-            return AsnListInsert(l, l.last, nullptr);
+            return AsnListInsertOrNull(l, l.last, nullptr);
         AsnListSetCurr(l, n);
-        return AsnListInsertBefore(l);
+        return AsnListInsertOrNull(l, l.curr->prev, l.curr);
     case AsnListRefIndex:
         if (n >= l.count)
             return nullptr;

@@ -2,39 +2,56 @@
 
 #include <cstdlib>
 
-__thread AsnPoolLists asnPool __attribute__((tls_model("initial-exec")));
+namespace {
+
+void EndPool(AsnThreadEnd*);
+
+}  // namespace
+
+__thread AsnPoolLists asnPool ZOL_INITIAL_EXEC = {{}, {}, 0, 0, {EndPool, nullptr, false}, false};
 
 namespace {
 
-// Returns the kept blocks when the thread ends, and leaves every list
-// counting as full.
-struct PoolReaper {
-    ~PoolReaper() {
-        for (std::size_t c = 0; c < AsnPoolClasses; ++c) {
-            while (AsnFreeBlock* b = asnPool.heads[c]) {
-                asnPool.heads[c] = b->next;
-                std::free(b);
-            }
-            asnPool.kept[c] = AsnPoolKeep;
+// Frees the kept blocks and leaves every list counting as full, so that
+// blocks bypass the lists.
+void Bypass() {
+    for (std::size_t c = 0; c < AsnPoolClasses; ++c) {
+        while (AsnFreeBlock* b = asnPool.heads[c]) {
+            asnPool.heads[c] = b->next;
+            std::free(b);
         }
+        asnPool.kept[c] = AsnPoolKeep;
     }
-};
-thread_local PoolReaper reaper;
+}
+
+// The lists take blocks again, unless the thread has ended.
+void Resume() {
+    if (asnPool.ended)
+        return;
+    for (std::size_t c = 0; c < AsnPoolClasses; ++c)
+        asnPool.kept[c] = 0;
+}
+
+void EndPool(AsnThreadEnd*) {
+    asnPool.ended = true;
+    Bypass();
+}
 
 }  // namespace
 
 void* AsnPoolTakeSlow(std::size_t size) {
-    ++asnPool.taken;
+    if (++asnPool.taken == asnPool.failAt) {
+        asnPool.failAt = 0;
+        return nullptr;
+    }
 #ifndef ZOL_NO_VALUE_POOL
     const std::size_t c = (size - 1) / AsnPoolStep;
     if (c < AsnPoolClasses) {
         // A block of a class whose list is empty, of the size of the
-        // class; the first makes sure the lists are emptied when the
-        // thread ends.
-        if (!asnPool.reaperSet) {
-            asnPool.reaperSet = true;
-            (void)&reaper;  // constructs it, so that its destructor runs at thread end
-        }
+        // class. The lists keep what is given back from now on, so they are
+        // emptied when the thread ends.
+        if (!asnPool.ended)
+            AsnAtThreadEnd(asnPool.end);
         return std::malloc((c + 1) * AsnPoolStep);
     }
 #endif
@@ -42,3 +59,10 @@ void* AsnPoolTakeSlow(std::size_t size) {
 }
 
 void AsnPoolGiveSlow(void* p, std::size_t) { std::free(p); }
+
+void AsnPoolFailAfter(uint64_t n) {
+    Bypass();
+    asnPool.failAt = n ? asnPool.taken + n : 0;
+    if (!n)
+        Resume();
+}

@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "zol/ber/asn_thread.h"
+
 #if defined(__SANITIZE_ADDRESS__)
 #define ZOL_NO_VALUE_POOL 1
 #elif defined(__has_feature)
@@ -29,22 +31,21 @@ struct AsnFreeBlock {
 };
 
 // One thread's lists. Trivially destructible, so that it stays usable
-// after the thread's destructors ran: then every list is empty and counts
-// as full, so that takes go to malloc() and gives to free().
+// after the thread has ended: then every list is empty and counts as full,
+// so that takes go to malloc() and gives to free(). A list also counts as
+// full from the planting of a failure to its removal (AsnPoolFailAfter).
 struct AsnPoolLists {
     AsnFreeBlock* heads[AsnPoolClasses];
     uint32_t kept[AsnPoolClasses];
-    uint64_t taken;   // blocks taken by this thread so far
-    bool reaperSet;   // the lists are emptied when the thread ends
+    uint64_t taken;     // blocks taken by this thread so far
+    uint64_t failAt;    // the value of `taken` whose take fails; 0: none
+    AsnThreadEnd end;   // empties the lists when the thread ends
+    bool ended;
 };
 
-// __thread, not thread_local: an access to a thread_local declared
-// extern first asks whether the variable needs initializing, and this one
-// never does. The initial-exec model puts it at a fixed offset from the
-// thread pointer, one load away; the default model of a shared library
-// calls __tls_get_addr on every access, which cost as much as the rest of
-// a take or give.
-extern __thread AsnPoolLists asnPool __attribute__((tls_model("initial-exec")));
+// One load away (asn_thread.h), where the default model cost as much as the
+// rest of a take or give.
+extern __thread AsnPoolLists asnPool ZOL_INITIAL_EXEC;
 
 // The other cases: a list that is empty or full, a size beyond the lists,
 // the first block of a thread, and every block without the pool.
@@ -86,3 +87,11 @@ inline __attribute__((always_inline)) void AsnPoolGive(void* p, std::size_t size
 
 // The number of blocks this thread has taken so far.
 inline uint64_t AsnPoolTaken() { return asnPool.taken; }
+
+// Plants a failure: the `n`-th block that the calling thread takes from now
+// on (1: the next) is not made, as when the heap is exhausted, and the take
+// gives null; later takes succeed again. It serves tests of what a program
+// does when memory runs out. From then on, until AsnPoolFailAfter(0), the
+// thread's blocks come from malloc() and go back to free(), past its lists,
+// so that every take counts and the heap shows every block in use.
+void AsnPoolFailAfter(uint64_t n);

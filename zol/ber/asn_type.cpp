@@ -8,10 +8,12 @@
 #include "zol/ber/asn_print.h"
 #include "zol/meta/asn_desc.h"
 
-unsigned short indentLevel = 0;
+__thread unsigned short indentLevel ZOL_INITIAL_EXEC = 0;
 const unsigned short indentStep = 4;
 
 const AsnTypeDesc AsnType::_desc(nullptr, nullptr, false, AsnTypeDesc::VOID, nullptr);
+
+void AsnThrowBadAlloc() { throw std::bad_alloc(); }
 
 AsnType* AsnType::Clone() const { return nullptr; }
 
@@ -33,9 +35,10 @@ void AsnType::Print(std::ostream& os) const {
 
 namespace {
 
-// The value whose default PrintTo has called its Print: a class that
-// overrides neither comes back to PrintTo through the default Print.
-const AsnType* handedOver = nullptr;
+// The value whose default PrintTo has called its Print on this thread: a
+// class that overrides neither comes back to PrintTo through the default
+// Print.
+__thread const AsnType* handedOver ZOL_INITIAL_EXEC = nullptr;
 
 struct HandedOver {
     const AsnType* outer;
@@ -59,6 +62,8 @@ const AsnTypeDesc* AsnType::_getdesc() const { return &_desc; }
 
 AsnType* AsnType::_getref(const char*, bool) { return nullptr; }
 
+void AsnType::Clear() {}
+
 int AsnType::BEncPdu(AsnBuf& b, AsnLen& bytesEncoded) const {
     bytesEncoded = BEnc(b);
     return b.WriteError() ? 0 : 1;
@@ -67,10 +72,13 @@ int AsnType::BEncPdu(AsnBuf& b, AsnLen& bytesEncoded) const {
 int AsnType::BDecPdu(AsnBuf& b, AsnLen& bytesDecoded) {
     bytesDecoded = 0;
     DecodeEnv env;
-    if (setjmp(env) == 0) {
+    int code = setjmp(env);
+    if (code == 0) {
         BDec(b, bytesDecoded, env);
         return b.ReadError() ? 0 : 1;
     }
+    if (code == AsnOutOfMemoryCode)
+        Clear();
     return 0;
 }
 

@@ -13,6 +13,10 @@
 struct AsnTypeDesc;
 class AsnPrintOut;
 
+// Throws std::bad_alloc. Out of line and cold, so that the code around it
+// stays as small as it would be without it.
+[[noreturn]] __attribute__((cold)) void AsnThrowBadAlloc();
+
 class AsnType {
 public:
     virtual ~AsnType() {}
@@ -28,8 +32,14 @@ public:
     virtual void Print(std::ostream& os) const;
     virtual void PrintTo(AsnPrintOut& out) const;
     virtual const AsnTypeDesc* _getdesc() const;
-    // A member by name; with `create`, an absent member is made first.
+    // A member by name; with `create`, an absent member is made first
+    // (null if it cannot be made).
     virtual AsnType* _getref(const char* name, bool create = false);
+    // Gives up what the value holds, so that it is as a new value of its
+    // class; decoding into it is then decoding into a new value. It frees
+    // and never allocates. A decode that runs out of memory leaves its
+    // value so.
+    virtual void Clear();
 
     // Outermost forms: 1 for success, 0 for failure.
     int BEncPdu(AsnBuf& b, AsnLen& bytesEncoded) const;
@@ -43,7 +53,7 @@ public:
     static void* operator new(std::size_t size) {
         if (void* p = AsnPoolTake(size))
             return p;
-        throw std::bad_alloc();
+        AsnThrowBadAlloc();
     }
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return AsnPoolTake(size); }
     static void* operator new(std::size_t, void* where) noexcept { return where; }
@@ -57,8 +67,20 @@ public:
     static uint64_t Allocations();
 };
 
-// Blanks that a new printed line begins with, and the step of one level.
-extern unsigned short indentLevel;
+// A new copy of `v`, as Clone gives it: null, with nothing left allocated,
+// when the heap is exhausted.
+template <class T>
+inline AsnType* AsnClone(const T& v) noexcept {
+    try {
+        return new T(v);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// Blanks that a new printed line begins with, the calling thread's own,
+// and the step of one level.
+extern __thread unsigned short indentLevel ZOL_INITIAL_EXEC;
 extern const unsigned short indentStep;
 
 void Indent(std::ostream& os, unsigned short n);

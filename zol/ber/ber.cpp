@@ -2,9 +2,11 @@
 
 #include <cstdio>
 
+#include "zol/ber/asn_thread.h"
+
 namespace {
 
-AsnLineSink lineSink = {nullptr, nullptr};
+__thread AsnLineSink lineSink ZOL_INITIAL_EXEC = {nullptr, nullptr};
 
 }  // namespace
 
@@ -25,6 +27,10 @@ void AsnDecodeFail(DecodeEnv env, int code, const char* text) {
     AsnWriteLine(text);
     std::longjmp(env, code);
 }
+
+const char* const AsnOutOfMemoryText = "ERROR - out of memory while decoding";
+
+void AsnDecodeOutOfMemory(DecodeEnv env) { AsnDecodeFail(env, AsnOutOfMemoryCode, AsnOutOfMemoryText); }
 
 void AsnWarn(const char* text) { AsnWriteLine(text); }
 

@@ -2,10 +2,10 @@
 // end-of-contents, and the failure discipline.
 //
 // A decoder never returns a failure. It writes one line to standard error
-// (or to the program's line sink, below) and long-jumps to the environment
-// of the outermost decode with a non-zero code. No decoder frame may therefore own anything with a destructor, and
-// every allocation is attached to its parent before the next call that can
-// fail.
+// (or to the thread's line sink, below) and long-jumps to the environment
+// of the outermost decode with a non-zero code. No decoder frame may
+// therefore own anything with a destructor, and every allocation is
+// attached to its parent before the next call that can fail.
 #pragma once
 
 #include <csetjmp>
@@ -24,19 +24,24 @@ const unsigned AsnMaxNesting = 64;
 // and the front door's line. By default, with `write` null, to standard
 // error, each followed by a line end; a program that wants them in its
 // log, or as data beside a failed decode, installs a sink of its own, which
-// is given each text without that line end. Process-wide, as decoding is: change it
-// while no other thread decodes.
+// is given each text without that line end. Each thread has its own sink,
+// which takes the lines of what that thread decodes.
 struct AsnLineSink {
     void (*write)(const char* line, void* context);
     void* context;
 };
-// Installs `sink` and returns the one it replaces, to be put back later.
+// Installs `sink` for the calling thread and returns the one it replaces,
+// to be put back later.
 AsnLineSink AsnSetLineSink(AsnLineSink sink);
 // Gives `text` to the line sink.
 void AsnWriteLine(const char* text);
 
 // Writes `text` as a line and long-jumps with `code`.
 [[noreturn]] void AsnDecodeFail(DecodeEnv env, int code, const char* text);
+// The failure of a decoder whose allocation found the heap exhausted:
+// AsnOutOfMemoryText and AsnOutOfMemoryCode.
+[[noreturn]] void AsnDecodeOutOfMemory(DecodeEnv env);
+extern const char* const AsnOutOfMemoryText;
 // Writes `text` as a line and returns.
 void AsnWarn(const char* text);
 

@@ -79,11 +79,31 @@ inline void AsnPrintChoice(AsnPrintOut& out, const char (&name)[N], const AsnTyp
     AsnPrintChoice(out, name, N - 1, v);
 }
 
+// A new value for a decoder to attach before anything else can fail; when
+// the heap is exhausted the decode fails with AsnOutOfMemoryCode.
+template <class T>
+ZOL_ALWAYS_INLINE T* AsnDecodeNew(DecodeEnv env) {
+    void* p = AsnPoolTake(sizeof(T));
+    if (__builtin_expect(!p, 0))
+        AsnDecodeOutOfMemory(env);
+    return ::new (p) T;
+}
+
 // Pointer members: a copy constructs each one from the source's in a new
 // block (a choice's alternative always, an empty one where the source
 // holds none); assignment makes the target a deep copy or deletes it;
 // merge keeps what the source lacks, overwriting leaves and merging
-// composites; by-name access creates on demand.
+// composites; by-name access creates on demand, giving null when the heap
+// is exhausted. Copies, assignments and merges throw std::bad_alloc then,
+// and leave every value whole and nothing unowned.
+//
+// A class with pointer members copies its embedded members in a
+// constructor of its own that also sets every pointer member to null; its
+// copy constructor calls that one first and copies the pointer members
+// after, so that an allocation that fails there leaves an object that the
+// destructor frees.
+struct AsnCopyEmbedded {};
+
 template <class T>
 inline T* AsnCopy(const T* src) {
     return src ? new T(*src) : nullptr;
@@ -130,8 +150,15 @@ inline void AsnMerge(T*& dst, const T* src) {
 template <class T>
 inline AsnType* AsnRef(T*& p, bool create) {
     if (!p && create)
-        p = new T;
+        p = new (std::nothrow) T;
     return p;
+}
+
+// A pointer member given up by Clear.
+template <class T>
+inline void AsnClearMember(T*& p) {
+    delete p;
+    p = nullptr;
 }
 
 template <class T>

@@ -9,7 +9,7 @@
 
 const AsnNamesTypeDesc AsnBits::_desc(nullptr, nullptr, false, AsnTypeDesc::BIT_STRING, nullptr, nullptr);
 
-unsigned short pendingUnusedBits = 0;
+__thread unsigned short pendingUnusedBits ZOL_INITIAL_EXEC = 0;
 
 namespace {
 
@@ -17,23 +17,42 @@ const AsnSegmentKind kBitPieces = {
     AsnBitStringTag, AsnBitsFormCode, "BDecConsBitString: ERROR - constructed BIT STRING nested too deep",
     "BDecConsBitString: ERROR - decoded non-BIT STRING tag inside a constructed BIT STRING"};
 
+size_t OctetsOf(size_t numBits) { return (numBits + 7) / 8; }
+
+// The block of a value of `numBits` bits, or null when the heap is
+// exhausted.
+char* TakeBits(size_t numBits) { return static_cast<char*>(AsnPoolTake(OctetsOf(numBits))); }
+
+char* NewBits(size_t numBits) {
+    if (char* p = TakeBits(numBits))
+        return p;
+    AsnThrowBadAlloc();
+}
+
+void FreeBits(char* bits, size_t numBits) { AsnPoolGive(bits, OctetsOf(numBits)); }
+
 }  // namespace
 
-AsnBits::~AsnBits() { delete[] bits; }
+AsnBits::~AsnBits() { FreeBits(bits, bitLen); }
+
+void AsnBits::Clear() {
+    FreeBits(bits, bitLen);
+    bits = nullptr;
+    bitLen = 0;
+}
 
 void AsnBits::Set(size_t numBits) {
-    size_t n = (numBits + 7) / 8;
-    bits = new char[n ? n : 1]();
+    bits = NewBits(numBits);
+    std::memset(bits, 0, OctetsOf(numBits));
     bitLen = numBits;
 }
 
 void AsnBits::Set(const char* bitOcts, size_t numBits) {
     if (bitOcts == bits)
         return;
-    size_t n = (numBits + 7) / 8;
-    bits = new char[n ? n : 1];
-    if (n)
-        std::memcpy(bits, bitOcts, n);
+    bits = NewBits(numBits);
+    if (numBits)
+        std::memcpy(bits, bitOcts, OctetsOf(numBits));
     bitLen = numBits;
 }
 
@@ -43,8 +62,7 @@ void AsnBits::Set(const AsnBits& b) {
 }
 
 void AsnBits::ReSet(size_t numBits) {
-    delete[] bits;
-    bits = nullptr;
+    Clear();
     Set(numBits);
 }
 
@@ -53,9 +71,10 @@ void AsnBits::ReSet(const char* bitOcts, size_t numBits) {
     if (bitOcts == bits)
         return;
     char* old = bits;
+    size_t oldLen = bitLen;
     bits = nullptr;
     Set(bitOcts, numBits);
-    delete[] old;
+    FreeBits(old, oldLen);
 }
 
 void AsnBits::ReSet(const AsnBits& b) {
@@ -79,7 +98,7 @@ bool AsnBits::BitsEquiv(const AsnBits& other) const {
     return ((bits[full] ^ other.bits[full]) & mask) == 0;
 }
 
-AsnType* AsnBits::Clone() const { return new (std::nothrow) AsnBits(*this); }
+AsnType* AsnBits::Clone() const { return AsnClone(*this); }
 
 const AsnTypeDesc* AsnBits::_getdesc() const { return &_desc; }
 
@@ -119,15 +138,21 @@ void AsnBits::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDe
         AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - decoded past end of data");
     if (unused > octets * 8)
         AsnDecodeFail(env, AsnBitsPrimitiveCode, "BDecBitString: ERROR - more unused bits than bits held");
-    delete[] bits;  // held by a value decoded again, as an open type's clone
-    bits = new char[n ? n : 1];
-    if (n)
-        std::memcpy(bits, src, n);
-    bitLen = octets * 8 - unused;
+    // Only the octets that hold bits are kept.
+    size_t numBits = octets * 8 - unused;
+    char* kept = TakeBits(numBits);
+    if (!kept)
+        AsnDecodeOutOfMemory(env);
+    FreeBits(bits, bitLen);  // held by a value decoded again, as an open type's clone
+    bits = kept;
+    bitLen = numBits;
+    if (numBits)
+        std::memcpy(bits, src, OctetsOf(numBits));
 }
 
 void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
-    stringStack.Reset();
+    StrStk& stack = AsnDecodeStringStack(env);
+    stack.Reset();
     pendingUnusedBits = 0;
     // Only the last piece may leave bits unused; each piece's first octet
     // says how many.
@@ -138,16 +163,20 @@ void AsnBits::BDecConsBits(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, Deco
                           "that is not the last has non-zero unused bits");
         if (len != 0) {
             pendingUnusedBits = b.GetByte();
-            AsnPushSegment(b, len - 1, env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
+            AsnPushSegment(stack, b, len - 1, env, AsnBitsShortCode, "BDecConsOctetString: ERROR - expecting more data");
         }
     });
-    size_t total = stringStack.totalByteLen;
+    size_t total = stack.totalByteLen;
     if (pendingUnusedBits > total * 8)
         AsnDecodeFail(env, AsnBitsUnusedCode, "BDecConsBitString: ERROR - more unused bits than bits held");
-    delete[] bits;
-    bits = new char[total ? total : 1];
-    stringStack.CopyOut(bits);
-    bitLen = total * 8 - pendingUnusedBits;
+    size_t numBits = total * 8 - pendingUnusedBits;
+    char* kept = TakeBits(numBits);
+    if (!kept)
+        AsnDecodeOutOfMemory(env);
+    FreeBits(bits, bitLen);
+    bits = kept;
+    bitLen = numBits;
+    stack.CopyOut(bits, OctetsOf(numBits));
 }
 
 void AsnBits::PrintTo(AsnPrintOut& out) const {

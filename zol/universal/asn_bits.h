@@ -9,8 +9,10 @@
 
 class AsnBits : public AsnType {
 public:
+    // Read them freely; they change only through Set, ReSet, Clear and
+    // decoding, since the block is given back by its length.
     size_t bitLen = 0;      // number of bits
-    char* bits = nullptr;   // owned block of (bitLen + 7) / 8 octets
+    char* bits = nullptr;   // owned block of (bitLen + 7) / 8 octets, of asn_pool.h
 
     AsnBits() {}
     explicit AsnBits(size_t numBits) { Set(numBits); }
@@ -49,6 +51,7 @@ public:
     AsnLen BEnc(AsnBuf& b) const override;
     void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
+    void Clear() override;
 
     AsnLen BEncContent(AsnBuf& b) const;
     void BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
@@ -62,4 +65,4 @@ private:
 };
 
 // Unused bits of the latest component while a constructed value is decoded.
-extern unsigned short pendingUnusedBits;
+extern __thread unsigned short pendingUnusedBits ZOL_INITIAL_EXEC;

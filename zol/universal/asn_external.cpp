@@ -17,14 +17,18 @@ const AsnTag ArbitraryTag = 0x82000000u;
 
 // EXTERNALChoice
 
-EXTERNALChoice::EXTERNALChoice(const EXTERNALChoice& o) : AsnType() {
-    ConstructHelper();
-    *this = o;
-}
+// Delegating: an allocation that fails in the copy leaves a constructed
+// object, which the destructor frees.
+EXTERNALChoice::EXTERNALChoice(const EXTERNALChoice& o) : EXTERNALChoice() { *this = o; }
 
 EXTERNALChoice::~EXTERNALChoice() { delete value; }
 
-AsnType* EXTERNALChoice::Clone() const { return new (std::nothrow) EXTERNALChoice(*this); }
+AsnType* EXTERNALChoice::Clone() const { return AsnClone(*this); }
+
+void EXTERNALChoice::Clear() {
+    delete value;
+    ConstructHelper();
+}
 
 AsnType* EXTERNALChoice::NewValue() const {
     switch (choiceId) {
@@ -100,7 +104,7 @@ void EXTERNALChoice::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& 
             AsnDecodeFail(env, AsnExternalInnerTagCode, AsnUnexpectedTagText);
         AsnLen len = BDecLen(b, bytesDecoded, env);
         choiceId = single_ASN1_typeCid;
-        AsnOcts* octs = new AsnOcts;
+        AsnOcts* octs = AsnDecodeNew<AsnOcts>(env);
         value = octs;
         octs->BDecContent(b, inner, len, bytesDecoded, env);
         if (elmtLen == IndefiniteLen)
@@ -110,7 +114,7 @@ void EXTERNALChoice::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& 
     case OctetAlignedTag:
     case (OctetAlignedTag | AsnConstructedBit): {
         choiceId = octet_alignedCid;
-        AsnOcts* octs = new AsnOcts;
+        AsnOcts* octs = AsnDecodeNew<AsnOcts>(env);
         value = octs;
         octs->BDecContent(b, tag, elmtLen, bytesDecoded, env);
         break;
@@ -118,7 +122,7 @@ void EXTERNALChoice::BDecContent(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& 
     case ArbitraryTag:
     case (ArbitraryTag | AsnConstructedBit): {
         choiceId = arbitraryCid;
-        AsnBits* bits = new AsnBits;
+        AsnBits* bits = AsnDecodeNew<AsnBits>(env);
         value = bits;
         bits->BDecContent(b, tag, elmtLen, bytesDecoded, env);
         break;
@@ -136,10 +140,7 @@ void EXTERNALChoice::PrintTo(AsnPrintOut& out) const {
 
 // EXTERNAL
 
-EXTERNAL::EXTERNAL(const EXTERNAL& o) : AsnType() {
-    ConstructHelper();
-    *this = o;
-}
+EXTERNAL::EXTERNAL(const EXTERNAL& o) : EXTERNAL() { *this = o; }
 
 EXTERNAL::~EXTERNAL() {
     delete direct_reference;
@@ -148,7 +149,14 @@ EXTERNAL::~EXTERNAL() {
     delete encoding;
 }
 
-AsnType* EXTERNAL::Clone() const { return new (std::nothrow) EXTERNAL(*this); }
+AsnType* EXTERNAL::Clone() const { return AsnClone(*this); }
+
+void EXTERNAL::Clear() {
+    AsnClearMember(direct_reference);
+    AsnClearMember(indirect_reference);
+    AsnClearMember(data_value_descriptor);
+    AsnClearMember(encoding);
+}
 
 EXTERNAL& EXTERNAL::operator=(const EXTERNAL& o) {
     if (this == &o)
@@ -199,19 +207,19 @@ void EXTERNAL::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecod
     AsnTag tag = BDecTag(b, count, env);
     if (tag == AsnOidTag) {
         AsnLen len = BDecLen(b, count, env);
-        direct_reference = new AsnOid;
+        direct_reference = AsnDecodeNew<AsnOid>(env);
         direct_reference->BDecContent(b, tag, len, count, env);
         tag = BDecTag(b, count, env);
     }
     if (tag == AsnIntegerTag) {
         AsnLen len = BDecLen(b, count, env);
-        indirect_reference = new AsnInt;
+        indirect_reference = AsnDecodeNew<AsnInt>(env);
         indirect_reference->BDecContent(b, tag, len, count, env);
         tag = BDecTag(b, count, env);
     }
     if (tag == AsnObjectDescriptorTag || tag == (AsnObjectDescriptorTag | AsnConstructedBit)) {
         AsnLen len = BDecLen(b, count, env);
-        data_value_descriptor = new ObjectDescriptor;
+        data_value_descriptor = AsnDecodeNew<ObjectDescriptor>(env);
         data_value_descriptor->AsnOcts::BDecContent(b, tag, len, count, env);
         tag = BDecTag(b, count, env);
     }
@@ -226,7 +234,7 @@ void EXTERNAL::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecod
         AsnDecodeFail(env, AsnExternalMissingEncodingCode, AsnMissingElmtText);
     }
     AsnLen len = BDecLen(b, count, env);
-    encoding = new EXTERNALChoice;
+    encoding = AsnDecodeNew<EXTERNALChoice>(env);
     encoding->BDecContent(b, tag, len, count, env);
     bytesDecoded += count;
     if (elmtLen == IndefiniteLen)

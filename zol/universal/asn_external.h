@@ -38,6 +38,7 @@ public:
     AsnBits* bits() const { return choiceId == arbitraryCid ? static_cast<AsnBits*>(value) : nullptr; }
 
     AsnType* Clone() const override;
+    void Clear() override;
     EXTERNALChoice& operator=(const EXTERNALChoice& o);
     EXTERNALChoice& operator|=(const EXTERNALChoice& o);
 
@@ -73,6 +74,7 @@ public:
     }
 
     AsnType* Clone() const override;
+    void Clear() override;
     EXTERNAL& operator=(const EXTERNAL& o);
     EXTERNAL& operator|=(const EXTERNAL& o);
 

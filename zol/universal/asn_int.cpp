@@ -11,7 +11,7 @@ const AsnTypeDesc AsnNull::_desc(nullptr, nullptr, false, AsnTypeDesc::NUL_, nul
 
 // INTEGER
 
-AsnType* AsnInt::Clone() const { return new (std::nothrow) AsnInt(*this); }
+AsnType* AsnInt::Clone() const { return AsnClone(*this); }
 
 AsnLen AsnInt::BEncContentSlow(AsnBuf& b, AsnLen len) const {
     uint32_t v = static_cast<uint32_t>(value);
@@ -32,7 +32,7 @@ const AsnTypeDesc* AsnInt::_getdesc() const { return &_desc; }
 
 // ENUMERATED
 
-AsnType* AsnEnum::Clone() const { return new (std::nothrow) AsnEnum(*this); }
+AsnType* AsnEnum::Clone() const { return AsnClone(*this); }
 
 AsnLen AsnEnum::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), AsnEnumeratedTag); }
 
@@ -44,7 +44,7 @@ const AsnTypeDesc* AsnEnum::_getdesc() const { return &_desc; }
 
 // BOOLEAN
 
-AsnType* AsnBool::Clone() const { return new (std::nothrow) AsnBool(*this); }
+AsnType* AsnBool::Clone() const { return AsnClone(*this); }
 
 AsnLen AsnBool::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, BEncContent(b), AsnBooleanTag); }
 
@@ -58,7 +58,7 @@ const AsnTypeDesc* AsnBool::_getdesc() const { return &_desc; }
 
 // NULL
 
-AsnType* AsnNull::Clone() const { return new (std::nothrow) AsnNull(*this); }
+AsnType* AsnNull::Clone() const { return AsnClone(*this); }
 
 AsnLen AsnNull::BEnc(AsnBuf& b) const { return BEncShortLenTag(b, 0, AsnNullTag); }
 

@@ -25,6 +25,7 @@ public:
     void ReSet(int32_t v) { value = v; }
 
     AsnType* Clone() const override;
+    void Clear() override { value = 0; }
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
     void PrintTo(AsnPrintOut& out) const override;
@@ -139,6 +140,7 @@ public:
     operator bool() const { return value; }
 
     AsnType* Clone() const override;
+    void Clear() override { value = false; }
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
     void PrintTo(AsnPrintOut& out) const override;

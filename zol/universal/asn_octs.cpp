@@ -10,36 +10,62 @@
 
 const AsnTypeDesc AsnOcts::_desc(nullptr, nullptr, false, AsnTypeDesc::OCTET_STRING, nullptr);
 
-StrStk stringStack(128, 64);
-
 // StrStk
 
+namespace {
+
+StrStk::Elmt* NewEntries(uint32_t n) { return static_cast<StrStk::Elmt*>(AsnPoolTake(n * sizeof(StrStk::Elmt))); }
+
+void FreeEntries(StrStk::Elmt* stk, uint32_t n) { AsnPoolGive(stk, n * sizeof(StrStk::Elmt)); }
+
+struct ThreadStack : StrStk {
+    ThreadStack() : StrStk(128, 64) {}
+};
+
+StrStk& ThisThreadsStack() {
+    if (StrStk* stack = AsnStringStack())
+        return *stack;
+    AsnThrowBadAlloc();
+}
+
+}  // namespace
+
+StrStk* AsnStringStack() { return AsnPerThread<ThreadStack>::Get(); }
+
+thread_local StrStk& stringStack = ThisThreadsStack();
+
 StrStk::StrStk(int numElmts, int growElmts)
-    : stk(new Elmt[numElmts]),
-      size(static_cast<uint32_t>(numElmts)),
+    : stk(NewEntries(static_cast<uint32_t>(numElmts))),
+      size(stk ? static_cast<uint32_t>(numElmts) : 0),
       growth(static_cast<uint32_t>(growElmts)),
       nextFree(0),
       totalByteLen(0) {}
 
-StrStk::~StrStk() { delete[] stk; }
+StrStk::~StrStk() { FreeEntries(stk, size); }
 
 // Grows by `growth` entries until the array holds sixteen steps, then by
 // its whole size: a fixed step copies the array once per step, and a
 // hostile string of a million one-byte pieces would take time quadratic in
 // their number.
-void StrStk::Grow() {
+bool StrStk::Grow() {
     uint32_t more = size > 16 * growth ? size : growth;
-    Elmt* bigger = new Elmt[size + more];
-    std::memcpy(bigger, stk, size * sizeof(Elmt));
-    delete[] stk;
+    Elmt* bigger = NewEntries(size + more);
+    if (!bigger)
+        return false;
+    if (size)
+        std::memcpy(bigger, stk, size * sizeof(Elmt));
+    FreeEntries(stk, size);
     stk = bigger;
     size += more;
+    return true;
 }
 
-void StrStk::CopyOut(char* dst) const {
-    for (uint32_t i = 0; i < nextFree; ++i) {
-        std::memcpy(dst, stk[i].str, stk[i].len);
-        dst += stk[i].len;
+void StrStk::CopyOut(char* dst, size_t n) const {
+    for (uint32_t i = 0; i < nextFree && n; ++i) {
+        size_t k = stk[i].len < n ? stk[i].len : n;
+        std::memcpy(dst, stk[i].str, k);
+        dst += k;
+        n -= k;
     }
 }
 
@@ -61,7 +87,7 @@ namespace {
 char* NewBytes(size_t len) {
     if (void* p = AsnPoolTake(len + 1))
         return static_cast<char*>(p);
-    throw std::bad_alloc();
+    AsnThrowBadAlloc();
 }
 
 void FreeBytes(char* octs, size_t len) { AsnPoolGive(octs, len + 1); }
@@ -104,7 +130,13 @@ bool AsnOcts::OctsEquiv(const AsnOcts& o) const {
     return octetLen == o.octetLen && (octetLen == 0 || std::memcmp(octs, o.octs, octetLen) == 0);
 }
 
-AsnType* AsnOcts::Clone() const { return new (std::nothrow) AsnOcts(*this); }
+AsnType* AsnOcts::Clone() const { return AsnClone(*this); }
+
+void AsnOcts::Clear() {
+    FreeBytes(octs, octetLen);
+    octs = nullptr;
+    octetLen = 0;
+}
 
 const AsnTypeDesc* AsnOcts::_getdesc() const { return &_desc; }
 
@@ -139,23 +171,26 @@ void AsnOcts::BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& byt
     char* src = b.GetSeg(&n);
     if (n < elmtLen || b.ReadError())
         AsnDecodeFail(env, AsnOctsPastEndCode, "BDecOctetString: ERROR - decoded past end of data");
-    AsnCopyBytes(Renew(n), src, n);
+    AsnCopyBytes(Renew(n, env), src, n);
     bytesDecoded += elmtLen;
 }
 
 void AsnOcts::BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env) {
-    stringStack.Reset();
+    StrStk& stack = AsnDecodeStringStack(env);
+    stack.Reset();
     AsnWalkSegments(b, elmtLen, bytesDecoded, env, kOctetPieces, [&](AsnLen len) {
-        AsnPushSegment(b, len, env, AsnConsOctsPastEndCode,
+        AsnPushSegment(stack, b, len, env, AsnConsOctsPastEndCode,
                        "BDecConsOctetString: ERROR - attempt to decode past end of data");
     });
-    stringStack.CopyOut(Renew(stringStack.totalByteLen));
+    stack.CopyOut(Renew(stack.totalByteLen, env));
 }
 
 // A value decoded again (an open type's clone of its prototype) gives up
 // what it held; a fresh one holds nothing.
-char* AsnOcts::Renew(size_t len) {
-    char* bytes = NewBytes(len);
+char* AsnOcts::Renew(size_t len, DecodeEnv env) {
+    char* bytes = static_cast<char*>(AsnPoolTake(len + 1));
+    if (!bytes)
+        AsnDecodeOutOfMemory(env);
     bytes[len] = '\0';
     FreeBytes(octs, octetLen);
     octs = bytes;

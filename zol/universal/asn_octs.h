@@ -10,7 +10,8 @@
 #include "zol/meta/asn_desc.h"
 
 // Pieces of a constructed string, pointing into the decode buffer. Copies
-// nothing and owns no data, only its array of entries.
+// nothing and owns no data, only its array of entries, a block of
+// asn_pool.h.
 class StrStk {
 public:
     struct Elmt {
@@ -24,6 +25,7 @@ public:
     uint32_t nextFree;
     uint32_t totalByteLen;
 
+    // With an array of `numElmts` entries, or none if it cannot be made.
     StrStk(int numElmts, int growElmts);
     ~StrStk();
     StrStk(const StrStk&) = delete;
@@ -33,23 +35,33 @@ public:
         nextFree = 0;
         totalByteLen = 0;
     }
-    void Push(char* str, size_t len) {
-        if (nextFree >= size)
-            Grow();
+    // False, pushing nothing, if the array is full and cannot grow.
+    bool Push(char* str, size_t len) {
+        if (nextFree >= size && !Grow())
+            return false;
         totalByteLen += static_cast<uint32_t>(len);
         stk[nextFree].str = str;
         stk[nextFree].len = len;
         ++nextFree;
+        return true;
     }
-    // Copies the pieces end to end, in pushing order.
-    void CopyOut(char* dst) const;
+    // Copies the pieces end to end, in pushing order; the second form stops
+    // after `n` bytes.
+    void CopyOut(char* dst) const { CopyOut(dst, totalByteLen); }
+    void CopyOut(char* dst, size_t n) const;
 
 private:
-    void Grow();
+    bool Grow();
 };
 
-// Shared by every constructed-string decode; one thread at a time.
-extern StrStk stringStack;
+// The calling thread's string stack, through which every constructed-string
+// decode of the thread gathers its pieces: 128 entries that grow by 64,
+// made at the thread's first constructed string and freed when the thread
+// ends. Null if it cannot be made.
+StrStk* AsnStringStack();
+// The same as a name; its first use on a thread throws std::bad_alloc if
+// the stack cannot be made.
+extern thread_local StrStk& stringStack;
 
 class AsnOcts : public AsnType {
 public:
@@ -91,6 +103,7 @@ public:
     AsnLen BEnc(AsnBuf& b) const override;
     void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
+    void Clear() override;
 
     ZOL_ALWAYS_INLINE AsnLen BEncContent(AsnBuf& b) const {
         b.PutSegRvs(octs, octetLen);
@@ -104,7 +117,7 @@ public:
         if (__builtin_expect(!(tag & AsnConstructedBit) && !b.readFailed &&
                                  elmtLen <= size_t(b.dataEnd - b.readPos),
                              1)) {
-            AsnCopyBytes(Renew(elmtLen), b.readPos, elmtLen);
+            AsnCopyBytes(Renew(elmtLen, env), b.readPos, elmtLen);
             b.readPos += elmtLen;
             bytesDecoded += elmtLen;
             return;
@@ -125,7 +138,8 @@ private:
     bool OctsEquiv(const AsnOcts& o) const;
     // Every form, with its failures.
     void BDecContentSlow(AsnBuf& b, AsnTag tag, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
-    // Holds a new block of `len` bytes and the NUL in place of the old one.
-    char* Renew(size_t len);
+    // Holds a new block of `len` bytes and the NUL in place of the old one,
+    // or fails the decode when the heap is exhausted.
+    char* Renew(size_t len, DecodeEnv env);
     void BDecConsOcts(AsnBuf& b, AsnLen elmtLen, AsnLen& bytesDecoded, DecodeEnv env);
 };

@@ -13,11 +13,6 @@ namespace {
 // Base-128 groups that the widest arc needs.
 const size_t MaxGroups = (sizeof(unsigned long) * CHAR_BIT + 6) / 7;
 
-// The shared scratch of building from arcs: the subidentifiers, then their
-// octets, sized for the worst case of eleven arcs.
-unsigned long arcWords[11];
-char arcOctets[11 * MaxGroups];
-
 // Writes `v` in base 128, high group first, the top bit on all octets but
 // the last; returns the number of octets.
 size_t PutSubId(unsigned long v, char* out) {
@@ -42,9 +37,24 @@ unsigned long GetSubId(const char* oid, size_t len, size_t& pos) {
     return v;
 }
 
+// A block of `len` octets; throws std::bad_alloc when the heap is exhausted.
+char* NewOctets(size_t len) {
+    if (void* p = AsnPoolTake(len))
+        return static_cast<char*>(p);
+    AsnThrowBadAlloc();
+}
+
+void FreeOctets(char* oid, size_t len) { AsnPoolGive(oid, len); }
+
 }  // namespace
 
-AsnOid::~AsnOid() { delete[] oid; }
+AsnOid::~AsnOid() { FreeOctets(oid, oidLen); }
+
+void AsnOid::Clear() {
+    FreeOctets(oid, oidLen);
+    oid = nullptr;
+    oidLen = 0;
+}
 
 void AsnOid::Set(const char* encoded, size_t len) {
     if (encoded == oid)
@@ -54,7 +64,7 @@ void AsnOid::Set(const char* encoded, size_t len) {
         oidLen = 0;
         return;
     }
-    oid = new char[len ? len : 1];
+    oid = NewOctets(len);
     if (len)
         std::memcpy(oid, encoded, len);
     oidLen = len;
@@ -67,6 +77,10 @@ void AsnOid::Set(const AsnOid& o) {
 
 void AsnOid::Set(unsigned long a1, unsigned long a2, long a3, long a4, long a5, long a6, long a7,
                  long a8, long a9, long a10, long a11) {
+    // The subidentifiers, then their octets, sized for the worst case of
+    // eleven arcs.
+    unsigned long arcWords[11];
+    char arcOctets[11 * MaxGroups];
     const long rest[9] = {a3, a4, a5, a6, a7, a8, a9, a10, a11};
     size_t words = 0;
     arcWords[words++] = a1 * 40 + a2;
@@ -78,7 +92,7 @@ void AsnOid::Set(unsigned long a1, unsigned long a2, long a3, long a4, long a5, 
     size_t len = 0;
     for (size_t i = 0; i < words; ++i)
         len += PutSubId(arcWords[i], arcOctets + len);
-    oid = new char[len];
+    oid = NewOctets(len);
     std::memcpy(oid, arcOctets, len);
     oidLen = len;
 }
@@ -89,8 +103,9 @@ void AsnOid::ReSet(const char* encoded, size_t len) {
     if (encoded == oid)
         return;
     char* old = oid;
+    size_t oldLen = oidLen;
     Set(encoded, len);
-    delete[] old;
+    FreeOctets(old, oldLen);
 }
 
 void AsnOid::ReSet(const AsnOid& o) {
@@ -100,9 +115,7 @@ void AsnOid::ReSet(const AsnOid& o) {
 
 void AsnOid::ReSet(unsigned long a1, unsigned long a2, long a3, long a4, long a5, long a6, long a7,
                    long a8, long a9, long a10, long a11) {
-    delete[] oid;
-    oid = nullptr;
-    oidLen = 0;
+    Clear();
     Set(a1, a2, a3, a4, a5, a6, a7, a8, a9, a10, a11);
 }
 
@@ -117,7 +130,7 @@ bool AsnOid::OidEquiv(const AsnOid& o) const {
     return oidLen == o.oidLen && (oidLen == 0 || std::strncmp(oid, o.oid, oidLen) == 0);
 }
 
-AsnType* AsnOid::Clone() const { return new (std::nothrow) AsnOid(*this); }
+AsnType* AsnOid::Clone() const { return AsnClone(*this); }
 
 const AsnTypeDesc* AsnOid::_getdesc() const { return &_desc; }
 
@@ -136,8 +149,12 @@ void AsnOid::BDecContent(AsnBuf& b, AsnTag, AsnLen elmtLen, AsnLen& bytesDecoded
         b.readFailed = true;
     if (b.ReadError())
         AsnDecodeFail(env, AsnOidPastEndCode, "BDecOctetString: ERROR - decoded past end of data");
+    char* octets = static_cast<char*>(AsnPoolTake(elmtLen));
+    if (!octets)
+        AsnDecodeOutOfMemory(env);
+    FreeOctets(oid, oidLen);  // held by a value decoded again, as an open type's clone
+    oid = octets;
     oidLen = elmtLen;
-    oid = new char[elmtLen ? elmtLen : 1];
     b.CopyOut(oid, elmtLen);
     bytesDecoded += elmtLen;
 }

@@ -10,8 +10,10 @@
 
 class AsnOid : public AsnType {
 public:
+    // Read them freely; they change only through Set, ReSet, Clear and
+    // decoding, since the block is given back by its length.
     size_t oidLen = 0;      // number of content octets
-    char* oid = nullptr;    // owned block of exactly oidLen octets, no terminator
+    char* oid = nullptr;    // owned block of exactly oidLen octets, no terminator, of asn_pool.h
 
     AsnOid() {}
     AsnOid(const char* encoded, size_t len) { Set(encoded, len); }
@@ -57,6 +59,7 @@ public:
     AsnLen BEnc(AsnBuf& b) const override;
     void PrintTo(AsnPrintOut& out) const override;
     const AsnTypeDesc* _getdesc() const override;
+    void Clear() override;
 
     AsnLen BEncContent(AsnBuf& b) const {
         b.PutSegRvs(oid, oidLen);

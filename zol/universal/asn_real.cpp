@@ -13,7 +13,7 @@ const AsnTypeDesc AsnReal::_desc(nullptr, nullptr, false, AsnTypeDesc::REAL, nul
 const AsnReal PLUS_INFINITY(std::numeric_limits<double>::infinity());
 const AsnReal MINUS_INFINITY(-std::numeric_limits<double>::infinity());
 
-AsnType* AsnReal::Clone() const { return new (std::nothrow) AsnReal(*this); }
+AsnType* AsnReal::Clone() const { return AsnClone(*this); }
 
 const AsnTypeDesc* AsnReal::_getdesc() const { return &_desc; }
 

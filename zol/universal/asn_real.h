@@ -24,6 +24,7 @@ public:
     operator double() const { return value; }
 
     AsnType* Clone() const override;
+    void Clear() override { value = 0.0; }
     void BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) override;
     AsnLen BEnc(AsnBuf& b) const override;
     void PrintTo(AsnPrintOut& out) const override;

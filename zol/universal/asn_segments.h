@@ -1,7 +1,7 @@
 // The walk over the pieces of a constructed string, which the constructed
 // forms of OCTET STRING and BIT STRING share: pieces of the primitive form
 // are handed to the caller, pieces of the constructed form nest, anything
-// else fails. The caller gathers the pieces on `stringStack`.
+// else fails. The caller gathers the pieces on its thread's string stack.
 #pragma once
 
 #include "zol/ber/ber.h"
@@ -15,16 +15,26 @@ struct AsnSegmentKind {
     const char* foreignText;  // a piece of another type
 };
 
-// Pushes the next `len` bytes onto the string stack as they lie in the
-// buffer, or fails with `code` when the data end first.
-ZOL_ALWAYS_INLINE void AsnPushSegment(AsnBuf& b, size_t len, DecodeEnv env, int code, const char* text) {
+// The calling thread's string stack, or a failure when it cannot be made.
+inline StrStk& AsnDecodeStringStack(DecodeEnv env) {
+    StrStk* stack = AsnStringStack();
+    if (!stack)
+        AsnDecodeOutOfMemory(env);
+    return *stack;
+}
+
+// Pushes the next `len` bytes onto `stack` as they lie in the buffer, or
+// fails with `code` when the data end first.
+ZOL_ALWAYS_INLINE void AsnPushSegment(StrStk& stack, AsnBuf& b, size_t len, DecodeEnv env, int code,
+                                      const char* text) {
     if (!len)
         return;
     size_t n = len;
     char* segment = b.GetSeg(&n);
     if (n < len)
         AsnDecodeFail(env, code, text);
-    stringStack.Push(segment, n);
+    if (!stack.Push(segment, n))
+        AsnDecodeOutOfMemory(env);
 }
 
 // Walks the content of a constructed string of `elmtLen` octets (or

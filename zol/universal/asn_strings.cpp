@@ -4,7 +4,7 @@
 
 // Each class differs only in its primitive tag octet and its failure code.
 #define ZOL_STRING_BODY(Name, tag, code)                                          \
-    AsnType* Name::Clone() const { return new (std::nothrow) Name(*this); }      \
+    AsnType* Name::Clone() const { return AsnClone(*this); }      \
     AsnLen Name::BEnc(AsnBuf& b) const { return BEncWithTag(b, tag); }           \
     void Name::BDec(AsnBuf& b, AsnLen& bytesDecoded, DecodeEnv env) {            \
         BDecWithTag(b, bytesDecoded, env, tag, code, #Name "::BDec: ERROR - wrong tag"); \

@@ -7,22 +7,28 @@
 #include <langinfo.h>
 #include <locale.h>
 
+#include "zol/ber/asn_thread.h"
+
 namespace Zol {
 namespace Platform {
 
 namespace {
 
-// The user's locale, loaded on first use and freed when the library is
-// unloaded. Zero until then, so it is usable before any initialiser runs.
+void FreeUserLocale(AsnThreadEnd*);
+
+// The calling thread's user locale, loaded on its first use and freed when
+// the thread ends. Zero until then.
 struct UserLocale {
-    locale_t loc{};
-    ~UserLocale() {
-        if (loc)
-            freelocale(loc);
-        loc = locale_t{};
-    }
+    AsnThreadEnd end;
+    locale_t loc;
 };
-UserLocale user;
+__thread UserLocale user ZOL_INITIAL_EXEC = {{FreeUserLocale, nullptr, false}, locale_t{}};
+
+void FreeUserLocale(AsnThreadEnd*) {
+    if (user.loc)
+        freelocale(user.loc);
+    user.loc = locale_t{};
+}
 
 locale_t Current() {
     if (!user.loc)
@@ -144,6 +150,7 @@ void LoadUserLocale() {
     if (user.loc)
         freelocale(user.loc);
     user.loc = loc;
+    AsnAtThreadEnd(user.end);
 }
 
 int LocaleInfo(unsigned item, char* out, int size) {
@@ -155,14 +162,13 @@ int LocaleInfo(unsigned item, char* out, int size) {
         return 0;
     char text[32] = "";
     bool known = true;
-    // localeconv answers for the calling thread's locale; it is switched to
-    // the user's for the length of the reading only.
-    locale_t old = uselocale(loc);
-    const lconv* lc = localeconv();
+    // Read from the user's locale itself: localeconv would fill one
+    // structure that every thread of the process shares, and that others
+    // (a JSON writer, a stream) fill at the same time.
     switch (item) {
     case LocaleDecimalSep:
     case LocaleThousandSep: {
-        const char* sep = item == LocaleDecimalSep ? lc->decimal_point : lc->thousands_sep;
+        const char* sep = nl_langinfo_l(item == LocaleDecimalSep ? RADIXCHAR : THOUSEP, loc);
         if (std::strlen(sep) < sizeof text)
             std::strcpy(text, sep);
         else
@@ -170,12 +176,12 @@ int LocaleInfo(unsigned item, char* out, int size) {
         break;
     }
     case LocaleGrouping:
-        GroupingText(lc->grouping, text, sizeof text);
+        GroupingText(nl_langinfo_l(GROUPING, loc), text, sizeof text);
         break;
     case LocaleFracDigits: {
         // The C library keeps a count of places for money only; "C" has
         // none (CHAR_MAX).
-        int digits = lc->frac_digits;
+        int digits = nl_langinfo_l(FRAC_DIGITS, loc)[0];
         text[0] = static_cast<char>('0' + (digits >= 0 && digits <= 9 ? digits : 0));
         text[1] = '\0';
         break;
@@ -187,7 +193,6 @@ int LocaleInfo(unsigned item, char* out, int size) {
     default:
         known = false;
     }
-    uselocale(old);
     return known ? Put(text, out, size) : 0;
 }
 

@@ -4,9 +4,11 @@
 //
 // The user's locale is the one the environment names, per category: LC_ALL,
 // then LC_NUMERIC, LC_MONETARY or LC_TIME, then LANG. A locale that is not
-// installed counts as "C", which gives the plain forms. The process's global
-// locale is neither read nor changed. This unit is the only one in the
-// library that calls the C library's locale functions.
+// installed counts as "C", which gives the plain forms. Each thread reads it
+// for itself, on its first use, and keeps it until it reads it again or
+// ends. The process's global locale is neither read nor changed. This unit
+// is the only one in the library that calls the C library's locale
+// functions.
 //
 // Every service writes a NUL-terminated text into `out` and returns the
 // number of characters written, the NUL included. On failure, or when the
@@ -57,8 +59,9 @@ enum LocaleItem : unsigned {
     LocaleNegativeOrder = 4112 // "1"
 };
 
-// Reads the user's locale anew from the environment. The services below
-// load it on first use; a caller runs this to pick up a changed environment.
+// Reads the user's locale anew from the environment, for the calling
+// thread. The services below load it on the thread's first use; a caller
+// runs this to pick up a changed environment.
 void LoadUserLocale();
 
 // One number setting of the user's locale as text. An unknown item, or a

@@ -5,18 +5,70 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "zol/ber/asn_thread.h"
 #include "zol/values/zol_convert.h"
 
 namespace Zol {
 
-NUMBERFMTA ZolFormat::numberFormat = {0, 0, 0, ZolFormat::decimalSep, ZolFormat::thousandSep, 0};
-char ZolFormat::decimalSep[SeparatorSize];
-char ZolFormat::thousandSep[SeparatorSize];
-char ZolFormat::result[ResultSize];
-char ZolFormat::scratch[ScratchSize];
+namespace {
 
-// The library's one object: its construction reads the number settings
-// while the library loads.
+// A thread's buffers and number settings.
+struct FormatState {
+    NUMBERFMTA numberFormat;
+    char decimalSep[ZolFormat::SeparatorSize];
+    char thousandSep[ZolFormat::SeparatorSize];
+    char result[ZolFormat::ResultSize];
+    char scratch[ZolFormat::ScratchSize];
+    bool settingsRead;
+};
+
+void ReadSettings(FormatState& s) {
+    Platform::LoadUserLocale();
+    NUMBERFMTA& f = s.numberFormat;
+    const int size = int(ZolFormat::SeparatorSize);
+    char text[ZolFormat::SeparatorSize];
+    Platform::LocaleInfo(Platform::LocaleFracDigits, text, size);
+    f.NumDigits = unsigned(std::atoi(text));
+    Platform::LocaleInfo(Platform::LocaleLeadingZero, text, size);
+    f.LeadingZero = unsigned(std::atoi(text));
+    // The first group size is all that is used, but the whole text must fit
+    // (up to 15 sizes: 29 characters), or the service gives nothing.
+    char grouping[32];
+    Platform::LocaleInfo(Platform::LocaleGrouping, grouping, int(sizeof grouping));
+    f.Grouping = unsigned(std::atoi(grouping));
+    Platform::LocaleInfo(Platform::LocaleDecimalSep, s.decimalSep, size);
+    Platform::LocaleInfo(Platform::LocaleThousandSep, s.thousandSep, size);
+    Platform::LocaleInfo(Platform::LocaleNegativeOrder, text, size);
+    f.NegativeOrder = unsigned(std::atoi(text));
+    f.lpDecimalSep = s.decimalSep;
+    f.lpThousandSep = s.thousandSep;
+    s.settingsRead = true;
+}
+
+// The calling thread's state, its settings read when it is new.
+FormatState* StateOrNull() {
+    FormatState* s = AsnPerThread<FormatState>::Get();
+    if (s && !s->settingsRead)
+        ReadSettings(*s);
+    return s;
+}
+
+FormatState& State() {
+    if (FormatState* s = StateOrNull())
+        return *s;
+    AsnThrowBadAlloc();
+}
+
+}  // namespace
+
+thread_local NUMBERFMTA& ZolFormat::numberFormat = State().numberFormat;
+thread_local char (&ZolFormat::decimalSep)[SeparatorSize] = State().decimalSep;
+thread_local char (&ZolFormat::thousandSep)[SeparatorSize] = State().thousandSep;
+thread_local char (&ZolFormat::result)[ResultSize] = State().result;
+thread_local char (&ZolFormat::scratch)[ScratchSize] = State().scratch;
+
+// The library's one object: its construction reads the loading thread's
+// number settings while the library loads.
 static ZolFormat loadTimeSettings;
 
 namespace {
@@ -37,23 +89,8 @@ bool CountsAsZero(double v) { return !(std::fabs(v) >= 1e-8); }
 ZolFormat::ZolFormat() { GetNumberLocaleInfo(); }
 
 void ZolFormat::GetNumberLocaleInfo() {
-    Platform::LoadUserLocale();
-    char text[SeparatorSize];
-    Platform::LocaleInfo(Platform::LocaleFracDigits, text, int(SeparatorSize));
-    numberFormat.NumDigits = unsigned(std::atoi(text));
-    Platform::LocaleInfo(Platform::LocaleLeadingZero, text, int(SeparatorSize));
-    numberFormat.LeadingZero = unsigned(std::atoi(text));
-    // The first group size is all that is used, but the whole text must fit
-    // (up to 15 sizes: 29 characters), or the service gives nothing.
-    char grouping[32];
-    Platform::LocaleInfo(Platform::LocaleGrouping, grouping, int(sizeof grouping));
-    numberFormat.Grouping = unsigned(std::atoi(grouping));
-    Platform::LocaleInfo(Platform::LocaleDecimalSep, decimalSep, int(SeparatorSize));
-    Platform::LocaleInfo(Platform::LocaleThousandSep, thousandSep, int(SeparatorSize));
-    Platform::LocaleInfo(Platform::LocaleNegativeOrder, text, int(SeparatorSize));
-    numberFormat.NegativeOrder = unsigned(std::atoi(text));
-    numberFormat.lpDecimalSep = decimalSep;
-    numberFormat.lpThousandSep = thousandSep;
+    if (FormatState* s = AsnPerThread<FormatState>::Get())
+        ReadSettings(*s);
 }
 
 // The plain text stands in the result buffer, or with `useLocale` in the

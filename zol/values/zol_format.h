@@ -1,11 +1,14 @@
 // Values of the protocol as display text, plain or through the user's
 // number, date and time settings.
 //
-// Every text result points into one shared result buffer and stays good
-// only until the next call of any of these functions: two results cannot
-// be held side by side, not even as two arguments of one print statement.
-// The buffers and the number settings are shared, so all of this belongs to
-// one thread at a time. Nothing here allocates.
+// Every text result points into the calling thread's result buffer and
+// stays good only until the thread's next call of any of these functions:
+// two results cannot be held side by side, not even as two arguments of one
+// print statement. Each thread has its own buffers and number settings, on
+// the heap: a thread's first call makes them and reads its settings from
+// the user's locale (the thread that loads the library, while it loads),
+// and they are freed when the thread ends. Nothing else here allocates; if
+// a thread's buffers cannot be made, its calls throw std::bad_alloc.
 #pragma once
 
 #include <cstddef>
@@ -18,12 +21,13 @@ namespace Zol {
 
 class ZolFormat {
 public:
-    // Reads the number settings. The library holds one static object, so
-    // they are read once when it is loaded.
+    // Reads the calling thread's number settings. The library holds one
+    // static object, so the loading thread's are read when it is loaded.
     ZolFormat();
 
-    // Reads the user's locale anew from the environment and fills
-    // numberFormat from it; a caller runs it again to pick up changes.
+    // Reads the user's locale anew from the environment and fills the
+    // calling thread's numberFormat from it; a caller runs it again to pick
+    // up changes. It does nothing if the thread's buffers cannot be made.
     static void GetNumberLocaleInfo();
 
     // A value under 1e-8 in magnitude, or a NaN, counts as zero. Zero shows
@@ -48,14 +52,14 @@ public:
     static constexpr size_t ScratchSize = 512;
     static constexpr size_t SeparatorSize = 10;
 
-    // The user's number settings; the separators point at the two buffers
-    // below. NumDigits is replaced for the length of each call.
-    static NUMBERFMTA numberFormat;
-    static char decimalSep[SeparatorSize];
-    static char thousandSep[SeparatorSize];
+    // The calling thread's number settings; the separators point at the two
+    // buffers below. NumDigits is replaced for the length of each call.
+    static thread_local NUMBERFMTA& numberFormat;
+    static thread_local char (&decimalSep)[SeparatorSize];
+    static thread_local char (&thousandSep)[SeparatorSize];
 
-    static char result[ResultSize];    // what every function returns
-    static char scratch[ScratchSize];  // plain number text on its way to the formatter
+    static thread_local char (&result)[ResultSize];    // what every function returns
+    static thread_local char (&scratch)[ScratchSize];  // plain number text on its way to the formatter
 
 private:
     static const char* Number(bool useLocale, unsigned places);
