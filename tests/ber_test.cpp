@@ -59,8 +59,9 @@ ZT_ROW_OP(len) { Read(row); }
 ZT_ROW_OP(eoc) { Read(row); }
 ZT_ROW_OP(eoc2) { Read(row); }
 
-// enclen N, enctag WORD: the octets of `hex`, written into a block of any
-// size, and their number returned even where they do not fit.
+// enclen N, enctag WORD, realcontent V (the content of a REAL alone): the
+// octets of `hex`, written into a block of any size, and their number
+// returned even where they do not fit.
 template <class F>
 void ExpectWritten(const Row& row, F write) {
     ExpectEveryBlock(Bytes(row.Get("hex")->c_str()), [&](char* block, size_t size, size_t& len) {
@@ -76,6 +77,9 @@ ZT_ROW_OP(enclen) {
 }
 ZT_ROW_OP(enctag) {
     ExpectWritten(row, [&](AsnBuf& b) { return BEncTag(b, AsnTag(std::stoul(row.arg, nullptr, 16))); });
+}
+ZT_ROW_OP(realcontent) {
+    ExpectWritten(row, [&](AsnBuf& b) { return AsnReal(std::stod(row.arg)).BEncContent(b); });
 }
 
 std::string Head(const AsnTlv& t) {

@@ -30,6 +30,7 @@
 //                 ("self": the value itself)
 //   assign HEX    the value is assigned one decoded from HEX (or "self")
 //   clone         the value is replaced by its Clone
+//   clear         the value is emptied by its Clear
 #include "rows.h"
 
 #include <algorithm>
@@ -97,8 +98,8 @@ struct GroupedThousands : std::numpunct<char> {
 };
 
 // The stream settings that a print check names: hex (with base and upper
-// case), oct, showpos, grouping, and width (6, filled with '*') adjusted
-// right unless left or internal is named.
+// case), oct, showpos, grouping, and width (6, or N for widthN, filled
+// with '*') adjusted right unless left or internal is named.
 void SetUp(std::ostream& os, const std::string& settings) {
     std::istringstream in(settings);
     for (std::string s; in >> s;) {
@@ -106,8 +107,8 @@ void SetUp(std::ostream& os, const std::string& settings) {
             os << std::hex << std::showbase << std::uppercase;
         else if (s == "grouping")
             os.imbue(std::locale(os.getloc(), new GroupedThousands));
-        else if (s == "width")
-            os << std::setfill('*') << std::setw(6);
+        else if (s.compare(0, 5, "width") == 0)
+            os << std::setfill('*') << std::setw(s.size() > 5 ? std::stoi(s.substr(5)) : 6);
         else
             os.setf(s == "oct" ? std::ios_base::oct : s == "showpos" ? std::ios_base::showpos
                     : s == "left" ? std::ios_base::left : std::ios_base::internal);
@@ -177,6 +178,8 @@ void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType
             ASSERT_NE(copier, nullptr) << "no merge or assignment for " << type << " in row_files.cpp";
             std::unique_ptr<AsnType> other = c.text == "self" ? nullptr : DecodedAs(type, c.text);
             (c.key == "with" ? copier->merge : copier->assign)(*v, other ? *other : *v);
+        } else if (c.key == "clear") {
+            v->Clear();
         } else if (c.key == "clone") {
             std::unique_ptr<AsnType> copy(v->Clone());
             ASSERT_TRUE(copy);

@@ -83,9 +83,9 @@ std::string Expanded(const std::string& hex);
 // The lines of the row's `err` checks, each with its line end.
 std::string Errors(const Row& row);
 
-// The checks on a value (hex, print, json, set, unset, with, assign, clone)
-// in their order, for operations that make values of their own; `skip`
-// names the keys the operation has handled itself. `type` names the
+// The checks on a value (hex, print, json, set, unset, with, assign, clone,
+// clear) in their order, for operations that make values of their own;
+// `skip` names the keys the operation has handled itself. `type` names the
 // value's type for merging and assigning.
 void CheckValue(const Row& row, const std::string& type, std::unique_ptr<AsnType>& v,
                 const std::vector<std::string>& skip = {});

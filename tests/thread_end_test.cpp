@@ -13,6 +13,7 @@
 
 #include "alloc_count.h"
 #include "support.h"
+#include "zol/ber/asn_thread.h"
 
 namespace {
 
@@ -106,7 +107,10 @@ TEST(ThreadEnd, ValuesOutliveTheThreadThatMadeThem) {
     const int64_t left = LeftBehind([] {
         for (int round = 0; round < 100; ++round) {
             std::vector<std::unique_ptr<AsnType>> made;
-            std::thread([&made] { made = Decoded(5); }).join();
+            std::thread([&made] {
+                EXPECT_EQ(AsnType::Allocations(), 0u);  // a new thread has taken nothing
+                made = Decoded(5);
+            }).join();
             std::thread([&made] {
                 for (auto& v : made) {
                     std::unique_ptr<AsnType> copy(v->Clone());
@@ -119,6 +123,19 @@ TEST(ThreadEnd, ValuesOutliveTheThreadThatMadeThem) {
     if (zalloc::liveCounted) {
         EXPECT_LE(std::llabs(left), kNoise);
     }
+}
+
+// A node that links itself again while it runs, as the owner of state
+// that a later destructor of the thread uses again does, runs again.
+TEST(ThreadEnd, ANodeLinkedAgainWhileItRunsRunsAgain) {
+    static int runs = 0;
+    static AsnThreadEnd node{[](AsnThreadEnd* self) {
+                                 if (++runs == 1)
+                                     AsnAtThreadEnd(*self);
+                             },
+                             nullptr, false};
+    std::thread([] { AsnAtThreadEnd(node); }).join();
+    EXPECT_EQ(runs, 2);
 }
 
 }  // namespace

@@ -280,8 +280,9 @@ TEST(AsnAny, DecodesThroughTheRegistry) {
 }
 
 // EXTERNAL without its encoding, which no decoding makes, and the choice
-// on its own: without a value it writes and prints nothing of one; with
-// one, a clone holds a copy of it.
+// on its own: without a value it writes and prints nothing of one, and
+// nothing at all without an alternative; with one, a clone holds a copy
+// of it, and an empty choice assigned to it leaves none.
 TEST(EXTERNAL, TheChoiceOnItsOwn) {
     EXPECT_EQ(Printed(EXTERNAL()),
               "{ -- SEQUENCE --\n"
@@ -296,8 +297,8 @@ TEST(EXTERNAL, TheChoiceOnItsOwn) {
     c.choiceId = EXTERNALChoice::arbitraryCid;
     EXPECT_EQ(Printed(c), "arbitrary -- void3 --\n");
     EXPECT_EQ(Encoded(c), "");
-    c = EXTERNALChoice();
-    EXPECT_EQ(c.choiceId, 0);
+    c.choiceId = 3;  // no alternative
+    EXPECT_EQ(Printed(c), "");
     std::string err;
     AsnLen count = 0;
     EXPECT_EQ(Jump(Bytes("83 00"), [&](AsnBuf& b, DecodeEnv env) { c.BDec(b, count, env); }, &err), 36);
@@ -308,6 +309,9 @@ TEST(EXTERNAL, TheChoiceOnItsOwn) {
     c.bits()->ClrBit(0);
     EXPECT_EQ(Encoded(*clone), "82 02 04 F0");
     EXPECT_EQ(Printed(*clone), "arbitrary 'f0'H  -- BIT STRING bitlen = 4 --");
+    c = EXTERNALChoice();
+    EXPECT_EQ(c.choiceId, 0);
+    EXPECT_EQ(c.value, nullptr);
 }
 
 TEST(Descriptors, UniversalClasses) {
