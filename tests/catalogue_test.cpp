@@ -8,7 +8,6 @@
 //   tags TYPE     a value with every member set (filled through the
 //                 descriptors) holds its elements under these tags:
 //     inner 81, 82, BF 2B ...
-#include <dirent.h>
 
 #include <algorithm>
 #include <fstream>
@@ -28,20 +27,12 @@ using zt::Hex;
 // The lines of the .txt files below `dir` that are neither blank nor
 // comments, as "file: line" for the failure texts, with the line.
 std::vector<std::pair<std::string, std::string>> DataLines(const std::string& dir) {
-    std::vector<std::string> files;
-    if (DIR* d = opendir(dir.c_str())) {
-        while (dirent* e = readdir(d))
-            if (std::string(e->d_name).find(".txt") != std::string::npos)
-                files.push_back(dir + "/" + e->d_name);
-        closedir(d);
-    }
-    std::sort(files.begin(), files.end());
     std::vector<std::pair<std::string, std::string>> out;
-    for (const std::string& file : files) {
-        std::ifstream in(file);
+    for (const std::string& file : zt::FilesIn(dir, ".txt")) {
+        std::ifstream in(dir + "/" + file);
         for (std::string line; std::getline(in, line);)
             if (!line.empty() && line[0] != '#')
-                out.emplace_back(file.substr(file.rfind('/') + 1) + ": " + line, line);
+                out.emplace_back(file + ": " + line, line);
     }
     return out;
 }

@@ -20,15 +20,10 @@
 #include <sstream>
 
 #include "rows.h"
+#include "support.h"
 
 namespace {
 
-std::string Slurp(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
 
 ZT_ROW_OP(zolc) {
     char tmpl[] = "/tmp/zolc_test_XXXXXX";
@@ -47,7 +42,7 @@ ZT_ROW_OP(zolc) {
             mkdir((dir + "/zol").c_str(), 0777);
             mkdir((dir + "/zol/values").c_str(), 0777);
             std::ofstream(dir + "/zol/values/commontypes.asn", std::ios::binary)
-                << Slurp(ZOL_SOURCE "/zol/values/commontypes.asn");
+                << zt::FileBytes(ZOL_SOURCE "/zol/values/commontypes.asn");
             args += " -i " + dir + "/zol/values/commontypes.asn";
         } else if (c.key == "arg") {
             args += " " + dir + "/" + c.text;
@@ -60,7 +55,7 @@ ZT_ROW_OP(zolc) {
     int rc = std::system((ZOLC_PATH " --root " + dir + " -o " + dir + "/out" + args + " 2>" + dir + "/err").c_str());
     EXPECT_EQ(WIFEXITED(rc) ? WEXITSTATUS(rc) : -1, status);
     if (!row.arg.empty()) {
-        EXPECT_EQ(Slurp(dir + "/err"), row.arg + "\n");
+        EXPECT_EQ(zt::FileBytes(dir + "/err"), row.arg + "\n");
     }
     std::system(("rm -rf '" + dir + "'").c_str());
 }

@@ -1,7 +1,6 @@
 // Hostile input, beyond the rows of hostile.txt (nesting, claimed
 // lengths): element counts cost allocations linear in their number, and
 // every input the fuzzers ever found a fault with still decodes cleanly.
-#include <dirent.h>
 
 #include <fstream>
 #include <iterator>
@@ -71,17 +70,10 @@ TEST(Hostile, AllocationsAreLinearInTheElements) {
 TEST(Hostile, FuzzReproducersDecodeCleanly) {
     const char* const types[] = {"ZolTransReq", "ZolTransRep", "ZolQueryReq",     "ZolQueryRep", "ZolOrderEntry",
                                  "AsnOcts",     "AsnBits",     "PrintableString", "AsnReal",     "AsnOid"};
-    std::vector<std::string> files;
-    if (DIR* d = opendir(ZOL_REPRO)) {
-        while (dirent* e = readdir(d))
-            if (e->d_name[0] != '.')
-                files.push_back(std::string(ZOL_REPRO "/") + e->d_name);
-        closedir(d);
-    }
+    std::vector<std::string> files = zt::FilesIn(ZOL_REPRO);
     ASSERT_FALSE(files.empty()) << ZOL_REPRO;
     for (const std::string& file : files) {
-        std::ifstream in(file, std::ios::binary);
-        std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        std::string bytes = zt::FileBytes(ZOL_REPRO "/" + file);
         for (const char* type : types) {
             std::unique_ptr<AsnType> v = zt::Make(type);
             zt::Outcome o = zt::Decode(bytes, *v);

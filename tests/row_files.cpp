@@ -1,6 +1,5 @@
 // Reading the row files of tests/rows/, and making values of the types
 // they name; shared by the rows' own test and the thread stress test.
-#include <dirent.h>
 
 #include <algorithm>
 #include <fstream>
@@ -8,6 +7,7 @@
 #include <map>
 
 #include "rows.h"
+#include "support.h"
 #include "tests/collisions.h"
 #include "tests/patterns.h"
 
@@ -129,19 +129,7 @@ std::vector<Row> ReadRows(const std::string& path) {
     return rows;
 }
 
-std::vector<std::string> RowFiles() {
-    std::vector<std::string> out;
-    if (DIR* d = opendir(ZOL_ROWS)) {
-        while (dirent* e = readdir(d)) {
-            std::string name = e->d_name;
-            if (name.size() > 4 && name.compare(name.size() - 4, 4, ".txt") == 0)
-                out.push_back(name);
-        }
-        closedir(d);
-    }
-    std::sort(out.begin(), out.end());
-    return out;
-}
+std::vector<std::string> RowFiles() { return FilesIn(ZOL_ROWS, ".txt"); }
 
 std::string Expanded(const std::string& hex) {
     std::string out;

@@ -17,7 +17,6 @@
 // numbers derived from the input and of the message's own numbers and
 // dates; and the JSON form. One thread also reads its number settings
 // anew before every input.
-#include <dirent.h>
 
 #include <algorithm>
 #include <atomic>
@@ -88,49 +87,34 @@ bool Differs(const Result& a, const Result& b, Mismatch& m) {
 
 // --- the inputs ---------------------------------------------------------------
 
-std::vector<std::string> Files(const std::string& dir) {
-    std::vector<std::string> out;
-    if (DIR* d = opendir(dir.c_str())) {
-        while (dirent* e = readdir(d))
-            if (e->d_name[0] != '.')
-                out.push_back(e->d_name);
-        closedir(d);
-    }
-    std::sort(out.begin(), out.end());
-    return out;
-}
-
-std::string Read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using zt::FileBytes;
+using zt::FilesIn;
 
 const char* const kEnvelopes[] = {"ZolTransReq", "ZolTransRep", "ZolQueryReq", "ZolQueryRep"};
 
 void AddSamples(std::vector<Input>& out) {
-    for (const std::string& f : Files(ZOL_SAMPLES))
-        if (f.size() > 4 && f.compare(f.size() - 4, 4, ".ber") == 0)
-            for (const char* type : kEnvelopes)
-                out.push_back({"samples/" + f, type, Read(ZOL_SAMPLES "/" + f)});
+    for (const std::string& f : FilesIn(ZOL_SAMPLES, ".ber"))
+        for (const char* type : kEnvelopes)
+            out.push_back({"samples/" + f, type, FileBytes(ZOL_SAMPLES "/" + f)});
 }
 
 // The class of each fuzz target, as fuzz/CMakeLists.txt declares it.
 void AddCorpus(std::vector<Input>& out) {
     std::map<std::string, std::string> types;
-    const std::string decl = Read(ZOL_FUZZ_DIR "/CMakeLists.txt");
+    const std::string decl = FileBytes(ZOL_FUZZ_DIR "/CMakeLists.txt");
     const std::regex target(R"(\nzol_fuzz_target\((\w+) (?:Zol::)?(\w+)\))");
     for (std::sregex_iterator m(decl.begin(), decl.end(), target), end; m != end; ++m)
         types[(*m)[1]] = (*m)[2];
     EXPECT_EQ(types.size(), 10u);
-    for (const std::string& dir : Files(ZOL_FUZZ_DIR "/corpus")) {
+    for (const std::string& dir : FilesIn(ZOL_FUZZ_DIR "/corpus")) {
         auto t = types.find(dir);
         if (t == types.end()) {
             ADD_FAILURE() << "fuzz/corpus/" << dir << " is no fuzz target";
             continue;
         }
         const std::string path = ZOL_FUZZ_DIR "/corpus/" + dir;
-        for (const std::string& f : Files(path))
-            out.push_back({"fuzz/corpus/" + dir + "/" + f, t->second, Read(path + "/" + f)});
+        for (const std::string& f : FilesIn(path))
+            out.push_back({"fuzz/corpus/" + dir + "/" + f, t->second, FileBytes(path + "/" + f)});
     }
 }
 
@@ -178,7 +162,7 @@ void AddCatalogue(std::vector<Input>& out) {
     }
     // Every class of the catalogue refusing a foreign element, a foreign
     // outer tag and a tag of no alternative.
-    for (const std::string& file : Files(ZOL_CATALOGUE "/codes"))
+    for (const std::string& file : FilesIn(ZOL_CATALOGUE "/codes"))
         for (const auto& f : Fields(ZOL_CATALOGUE "/codes/" + file))
             for (const char* hex : {"30 02 05 00", "31 00", "BF 87 7F 00"})
                 out.push_back({"codes/" + file + ": " + f.at(0) + " " + hex, f.at(0), zt::Bytes(hex)});

@@ -1,16 +1,46 @@
-// Helpers shared by the tests: hex text both ways, encoding through the
-// front door, and decoding with standard error captured.
+// Helpers shared by the tests: files and folders read, hex text both ways,
+// encoding through the front door, and decoding with standard error
+// captured.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <dirent.h>
+
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include <zol/zol.h>
 
 namespace zt {
+
+// The bytes of a file; empty when it cannot be read.
+inline std::string FileBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// The names in the folder `dir` that end in `suffix`, sorted; names that
+// begin with a dot are left out.
+inline std::vector<std::string> FilesIn(const std::string& dir, const std::string& suffix = "") {
+    std::vector<std::string> out;
+    if (DIR* d = opendir(dir.c_str())) {
+        while (dirent* e = readdir(d)) {
+            std::string name = e->d_name;
+            if (name[0] != '.' && name.size() >= suffix.size() &&
+                name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+                out.push_back(name);
+        }
+        closedir(d);
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
 
 // "30 0A 04 02" -> the bytes; all but hex digits is ignored.
 inline std::string Bytes(const char* hex) {

@@ -19,10 +19,7 @@ namespace {
 
 using Zol::AsnBuffer;
 
-std::string Sample(const char* name) {
-    std::ifstream in(std::string(ZOL_SAMPLES "/") + name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+std::string Sample(const char* name) { return zt::FileBytes(std::string(ZOL_SAMPLES "/") + name); }
 
 const std::string kReport = Sample("3-order-report.ber");      // a ZolQueryRep
 const std::string kCons = zt::Bytes("24 80 04 02 41 42 04 01 43 00 00");  // "ABC", in pieces

@@ -18,14 +18,13 @@
 #include <string>
 #include <vector>
 
+#include "support.h"
+
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using zt::FileBytes;
 
 // A line of zoldump --brief as the tree shows it: `name: value`, a text
 // without its quotes, a constructed member's name alone.
@@ -78,7 +77,7 @@ protected:
         return out;
     }
     // Standard error of the last command run.
-    std::string Stderr() { return ReadFile(dir_ + "/stderr"); }
+    std::string Stderr() { return FileBytes(dir_ + "/stderr"); }
 
     // A capture of TCP segments made by text2pcap: requests (true) from a
     // client to port 7000, replies back.
@@ -200,14 +199,14 @@ std::vector<std::string> Messages(bool requests) {
     std::sort(paths.begin(), paths.end());
     std::vector<std::string> messages;
     for (const fs::path& p : paths) {
-        std::string bytes = ReadFile(p);
+        std::string bytes = FileBytes(p);
         if ((bytes[0] == 0x30) == requests)  // requests are sequences
             messages.push_back(bytes);
     }
     return messages;
 }
 
-std::string Sample(const char* name) { return ReadFile(std::string(ZOL_SAMPLES) + "/" + name + ".ber"); }
+std::string Sample(const char* name) { return FileBytes(std::string(ZOL_SAMPLES) + "/" + name + ".ber"); }
 
 }  // namespace
 
@@ -250,7 +249,7 @@ TEST_F(Tshark, ShowsTwoMessagesOfOneSegmentAndNamesBothInTheInfoColumn) {
 }
 
 TEST_F(Tshark, WaitsForTheEndOfAnIndefiniteLengthMessage) {
-    std::string message = ReadFile(std::string(ZOL_CORPUS) + "/fuzz_query_rep/boardRep-indefinite");
+    std::string message = FileBytes(std::string(ZOL_CORPUS) + "/fuzz_query_rep/boardRep-indefinite");
     size_t third = message.size() / 3;
     std::vector<Shown> trees = Trees(Dissect(
         Capture({{false, message.substr(0, third)}, {false, message.substr(third, third)}, {false, message.substr(2 * third)}}),
@@ -313,7 +312,7 @@ TEST_F(Tshark, RefusesWhatTheDecodersRefuseWhereTheyStop) {
         bool request;
     } rows[] = {
         {Sample("4-secboard-report"), 4, false},
-        {ReadFile(std::string(ZOL_CORPUS) + "/fuzz_trans_req/orderMultiLegAmend"), 3, true},
+        {FileBytes(std::string(ZOL_CORPUS) + "/fuzz_trans_req/orderMultiLegAmend"), 3, true},
     };
     std::vector<std::pair<bool, std::string>> segments;
     for (const auto& row : rows)

@@ -19,14 +19,13 @@
 #include <string>
 #include <vector>
 
+#include "support.h"
+
 namespace {
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using zt::FileBytes;
 
-std::string Expected(const char* name) { return ReadFile(std::string(ZOL_EXPECTED) + "/" + name); }
+std::string Expected(const char* name) { return FileBytes(std::string(ZOL_EXPECTED) + "/" + name); }
 
 // Starts the shell command `command` in the samples' folder, zoldump first
 // on the PATH, on the given descriptors.
@@ -87,7 +86,7 @@ Result Shell(const std::string& command, const std::string& input) {
     waitpid(Start(command, in, out, err), &status, 0);
     for (int fd : {in, out, err})
         close(fd);
-    Result r{ExitCode(status), ReadFile(d + "/out"), ReadFile(d + "/err")};
+    Result r{ExitCode(status), FileBytes(d + "/out"), FileBytes(d + "/err")};
     for (const char* f : {"/in", "/out", "/err"})
         std::remove((d + f).c_str());
     rmdir(dir);
