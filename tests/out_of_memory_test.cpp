@@ -8,21 +8,17 @@
 
 #include <functional>
 #include <memory>
-#include <sstream>
 
 #include "alloc_count.h"
 #include "../bench/messages.h"
 #include "support.h"
+#include "walk.h"
 
 namespace {
 
 using namespace zt;
 
-std::string Printed(const AsnType& v) {
-    std::ostringstream os;
-    os << v;
-    return os.str();
-}
+using zt::Printed;
 
 std::string EncodedBytes(const AsnType& v) {
     std::string block(1 << 16, '\0');

@@ -1,6 +1,5 @@
 // Reading the row files of tests/rows/, and making values of the types
 // they name; shared by the rows' own test and the thread stress test.
-
 #include <algorithm>
 #include <fstream>
 #include <functional>

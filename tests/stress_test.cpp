@@ -209,31 +209,6 @@ void Format(const AsnType& v, std::string& out) {
     }
 }
 
-// Formats `v` and every member, alternative and element below it.
-void FormatAll(AsnType& v, const AsnTypeDesc* d, std::string& out) {
-    Format(v, out);
-    const AsnTypeDesc* r = AsnResolved(d);
-    switch (r->type) {
-    case AsnTypeDesc::SEQUENCE:
-        for (const AsnSe_MemberDesc* m = static_cast<const AsnSe_TypeDesc*>(r)->members; m->name; ++m)
-            if (AsnType* member = v._getref(m->name, false))
-                FormatAll(*member, m->desc, out);
-        break;
-    case AsnTypeDesc::CHOICE:
-        for (const AsnChoiceMemberDesc* m = static_cast<const AsnChoiceTypeDesc*>(r)->members; m->name; ++m)
-            if (AsnType* alt = v._getref(m->name, false)) {
-                FormatAll(*alt, m->desc, out);
-                break;
-            }
-        break;
-    case AsnTypeDesc::SET_OF:
-        AsnForEachElement(v, [&](AsnType& e) { FormatAll(e, static_cast<const AsnListTypeDesc*>(r)->base, out); });
-        break;
-    default:
-        break;
-    }
-}
-
 // Numbers and a date made from the input's size, so that every input
 // formats something.
 std::string FormatDerived(size_t n) {
@@ -249,11 +224,7 @@ std::string FormatDerived(size_t n) {
     return out + '\n';
 }
 
-std::string Printed(const AsnType& v) {
-    std::ostringstream os;
-    os << v;
-    return os.str();
-}
+using zt::Printed;
 
 Result Process(const std::vector<Input>& inputs, size_t at) {
     const Input& in = inputs[at];
@@ -289,7 +260,7 @@ Result Process(const std::vector<Input>& inputs, size_t at) {
         }
     }
 
-    FormatAll(*v, v->_getdesc(), r.formatted);
+    zt::ForEachValue(*v, v->_getdesc(), [&](AsnType& x) { Format(x, r.formatted); });
     try {
         r.json = Zol::ToJson(*v).dump();
     } catch (const std::exception& e) {

@@ -1,7 +1,8 @@
-// A generic walk over any type of the catalogue through its descriptors
-// alone: build a value and fill every member through _getref. The
-// catalogue's walk over every type and the tests that need a value with
-// every member set (damage, JSON, the asn1c peer) share it.
+// Generic walks over any type of the catalogue through its descriptors
+// alone: build a value and fill every member through _getref, or visit
+// every value a value holds. The catalogue's walk over every type and the
+// tests that need a value with every member set (damage, JSON, the asn1c
+// peer, the threads' stress) share them.
 #pragma once
 
 #include <functional>
@@ -88,5 +89,29 @@ struct Filler {
         }
     }
 };
+
+// Calls `visit` with `v`, of type `d`, and with every member, alternative
+// in force and element below it, parents first.
+inline void ForEachValue(AsnType& v, const AsnTypeDesc* d, const std::function<void(AsnType&)>& visit) {
+    visit(v);
+    const AsnTypeDesc* r = AsnResolved(d);
+    switch (r->type) {
+    case AsnTypeDesc::SEQUENCE:
+        for (const AsnSe_MemberDesc* m = static_cast<const AsnSe_TypeDesc*>(r)->members; m->name; ++m)
+            if (AsnType* member = v._getref(m->name, false))
+                ForEachValue(*member, m->desc, visit);
+        break;
+    case AsnTypeDesc::CHOICE:
+        if (const AsnChoiceMemberDesc* alt = AsnChoiceInForce(v))
+            if (AsnType* value = v._getref(alt->name, false))
+                ForEachValue(*value, alt->desc, visit);
+        break;
+    case AsnTypeDesc::SET_OF:
+        AsnForEachElement(v, [&](AsnType& e) { ForEachValue(e, static_cast<const AsnListTypeDesc*>(r)->base, visit); });
+        break;
+    default:
+        break;
+    }
+}
 
 }  // namespace zt
